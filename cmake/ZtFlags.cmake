@@ -1,0 +1,51 @@
+# Compiler flags of the library, in two interface targets:
+#   zt_warnings  what every target of this project is compiled with
+#   zt_code      what the library itself is compiled with on top
+
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+add_library(zt_warnings INTERFACE)
+target_compile_options(zt_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wundef -Wvla -Wcast-align -Wformat=2
+  $<$<BOOL:${ZT_WERROR}>:-Werror>)
+if(ZT_SANITIZE)
+  target_compile_options(zt_warnings INTERFACE -fsanitize=${ZT_SANITIZE} -fno-sanitize-recover=all)
+  target_link_options(zt_warnings INTERFACE -fsanitize=${ZT_SANITIZE})
+endif()
+if(ZT_COVERAGE)
+  target_compile_options(zt_warnings INTERFACE --coverage)
+  target_link_options(zt_warnings INTERFACE --coverage)
+endif()
+
+add_library(zt_code INTERFACE)
+target_link_libraries(zt_code INTERFACE zt_warnings)
+target_compile_options(zt_code INTERFACE
+  -Wconversion -Wcast-qual
+  -fno-exceptions -fno-rtti
+  -fno-omit-frame-pointer -fasynchronous-unwind-tables
+  -fstack-protector-strong
+  # Exported operations stay replaceable by the application; GCC's -fPIC implies it, Clang's does not.
+  $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-fsemantic-interposition>)
+
+# The sanitizers bring their own checked versions of what these two add.
+if(NOT ZT_SANITIZE)
+  target_compile_options(zt_code INTERFACE
+    -fstack-clash-protection $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=3>)
+endif()
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64)$")
+  target_compile_options(zt_code INTERFACE -fcf-protection=full)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+  target_compile_options(zt_code INTERFACE -mbranch-protection=standard)
+endif()
+
+set(ZT_LINK_OPTIONS
+  -Wl,-z,relro,-z,now,-z,noexecstack,--as-needed
+  -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/abi/libzt_base.map
+  -Wl,--no-undefined-version)
+# Clang links the sanitizer run times into programs, not into shared objects.
+if(NOT (ZT_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
+  list(APPEND ZT_LINK_OPTIONS -Wl,-z,defs)
+endif()

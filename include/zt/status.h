@@ -1,0 +1,121 @@
+/* zt/status.h - result codes: numbers, names, errno translation and the application's own codes.
+ *
+ * SPDX-License-Identifier: MIT
+ *
+ * Every operation that can fail returns a zt_status_t: 0 for success, a positive number that names
+ * the failure otherwise, never negated.
+ *
+ * Memory   Returned texts are never freed by the caller. Built-in texts live as long as the process;
+ *          texts of registered rows are the registrant's own pointers.
+ * Threads  No lock. Look-ups only read and may run on any thread at any time. Registration belongs
+ *          to program start: it must not run beside a look-up or another registration.
+ * Failure  Unknown numbers and names have fixed answers; nothing here fails.
+ */
+#ifndef ZT_STATUS_H
+#define ZT_STATUS_H
+
+#include <stdint.h>
+
+#include "zt/export.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef int32_t zt_status_t;
+
+/* The built-in statuses. Each constant is the status's code name in upper snake case. 55 has no name
+ * here: it is what ENETUNREACH translates to, and is free for an application to describe. */
+enum {
+    ZT_STATUS_SUCCESS = 0,
+    ZT_STATUS_PENDING = 1,
+    ZT_STATUS_TIMEOUT = 2,
+    ZT_STATUS_INTERRUPTED = 3,
+    ZT_STATUS_TRY_AGAIN = 4,
+    ZT_STATUS_NOT_IMPLEMENTED = 5,
+    ZT_STATUS_UNKNOWN_ERROR = 6,
+    ZT_STATUS_INVALID_ARGUMENT = 7,
+    ZT_STATUS_OUT_OF_MEMORY = 8,
+    ZT_STATUS_UNSUPPORTED = 9,
+    ZT_STATUS_FILE_BUSY = 10,
+    ZT_STATUS_DEVICE_BUSY = 11,
+    ZT_STATUS_DEVICE_LOST = 12,
+    ZT_STATUS_IO_ERROR = 13,
+    ZT_STATUS_READ_ERROR = 14,
+    ZT_STATUS_WRITE_ERROR = 15,
+    ZT_STATUS_NOT_EXIST = 16,
+    ZT_STATUS_TOO_MANY = 17,
+    ZT_STATUS_TOO_LARGE = 18,
+    ZT_STATUS_OVERFLOW = 19,
+    ZT_STATUS_UNDERFLOW = 20,
+    ZT_STATUS_FORMAT_ERROR = 21,
+    ZT_STATUS_FILE_EXISTS = 22,
+    ZT_STATUS_FILE_TYPE_ERROR = 23,
+    ZT_STATUS_DEVICE_TYPE_ERROR = 24,
+    ZT_STATUS_IS_DIRECTORY = 25,
+    ZT_STATUS_READ_ONLY = 26,
+    ZT_STATUS_OUT_OF_RANGE = 27,
+    ZT_STATUS_BROKEN_PIPE = 28,
+    ZT_STATUS_NO_SPACE = 29,
+    ZT_STATUS_NOT_DIRECTORY = 30,
+    ZT_STATUS_NOT_PERMITTED = 31,
+    ZT_STATUS_BAD_ADDRESS = 32,
+    ZT_STATUS_SEEK_ERROR = 33,
+    ZT_STATUS_CROSS_DEVICE_LINK = 34,
+    ZT_STATUS_NOT_INITIALIZED = 35,
+    ZT_STATUS_AUTH_FAILED = 36,
+    ZT_STATUS_NOT_LOGGED_IN = 37,
+    ZT_STATUS_WRONG_STATE = 38,
+    ZT_STATUS_MISMATCH = 39,
+    ZT_STATUS_VERIFY_FAILED = 40,
+    ZT_STATUS_CONSTRAINT_VIOLATIN = 41,
+    ZT_STATUS_CANCELED = 42,
+    ZT_STATUS_IN_PROGRESS = 43,
+    ZT_STATUS_CONNECTION_REFUSED = 44,
+    ZT_STATUS_CONNECTION_RESET = 45,
+    ZT_STATUS_ADDRESS_IN_USE = 46,
+    ZT_STATUS_NO_RESPONSE = 47,
+    ZT_STATUS_INFO_CHANGED = 48,
+    ZT_STATUS_INVALID_DATA = 49,
+    ZT_STATUS_NEED_MORE_DATA = 50,
+    ZT_STATUS_NO_BUFFER = 51,
+    ZT_STATUS_BUFFER_TOO_SMALL = 52,
+    ZT_STATUS_BUFFER_IS_EMPTY = 53,
+    ZT_STATUS_BUFFER_IS_FULL = 54,
+};
+
+/* One row of a status table. */
+typedef struct zt_status_entry_t {
+    zt_status_t status;      /* the number; negative numbers are allowed in registrations */
+    const char *code;        /* code name, NUL-terminated; built-in ones are one CamelCase word */
+    const char *description; /* text for people, NUL-terminated */
+} zt_status_entry_t;
+
+/* The description of a status: built-in rows first, then registered ones in byte order of their code
+ * names. "Unknown status code" when no row has the number. */
+ZT_API const char *zt_get_status_string(zt_status_t status);
+
+/* The code name of a status, searched in the same order. "Unknown" when no row has the number. */
+ZT_API const char *zt_get_status_code(zt_status_t status);
+
+/* The status with exactly this code name (case matters), or UnknownError (6). A binary search. */
+ZT_API zt_status_t zt_code_to_status(const char *code);
+
+/* The status for a Linux errno value. Values without a status of their own, values above 115 and
+ * negative values give UnknownError (6); ENETUNREACH gives 55. */
+ZT_API ZT_CONST zt_status_t zt_get_status_by_errno(int32_t errno_value);
+
+/* Adds count rows to the process-wide table. The rows are copied; their two texts are not, and must
+ * stay valid for the rest of the process.
+ *
+ * A row whose number or code name is taken, by a built-in or an earlier registered row, is a clash:
+ * the first one is reported on standard output and nothing of the batch is registered. Rows of one
+ * batch are not compared with one another. When memory runs out the batch is dropped whole, without
+ * a message. A count of 0 changes nothing, also with a null array. */
+ZT_API void zt_status_extend_register(const zt_status_entry_t *rows, uint32_t count);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* ZT_STATUS_H */

@@ -1,0 +1,41 @@
+// The list operations of the whole library: nobody links or unlinks by hand elsewhere.
+// SPDX-License-Identifier: MIT
+#ifndef ZT_SRC_BASE_LIST_OPS_HPP
+#define ZT_SRC_BASE_LIST_OPS_HPP
+
+#include "zt/list.h"
+
+namespace zt::detail {
+
+// Makes a head empty, or an element one that is on no list.
+inline void list_init(zt_list_head_t *head) {
+    head->next = head;
+    head->prev = head;
+}
+
+inline bool list_empty(const zt_list_head_t *head) { return head->next == head; }
+
+// Links an element that is on no list right behind, or right before, a place on a list. The head is
+// a place too: behind it is the front of the list, before it the end.
+inline void list_insert_after(zt_list_head_t *place, zt_list_head_t *element) {
+    element->next = place->next;
+    element->prev = place;
+    place->next->prev = element;
+    place->next = element;
+}
+
+inline void list_insert_before(zt_list_head_t *place, zt_list_head_t *element) {
+    list_insert_after(place->prev, element);
+}
+
+// Takes an element off its list and leaves it pointing to itself. Harmless on an element that is on
+// no list.
+inline void list_remove(zt_list_head_t *element) {
+    element->prev->next = element->next;
+    element->next->prev = element->prev;
+    list_init(element);
+}
+
+}  // namespace zt::detail
+
+#endif  // ZT_SRC_BASE_LIST_OPS_HPP
