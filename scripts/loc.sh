@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 
 # Drops // and /* */ comments and blank lines of C and C++ and counts what is left.
 count() {
-  find "$@" -type f \( -name '*.c' -o -name '*.cpp' -o -name '*.h' -o -name '*.hpp' \) -print0 2>/dev/null |
+  { find "$@" -type f \( -name '*.c' -o -name '*.cpp' -o -name '*.h' -o -name '*.hpp' \) -print0 2>/dev/null || true; } |
     sort -z | xargs -0 -r awk '
       FNR == 1 { inside = 0 }
       {

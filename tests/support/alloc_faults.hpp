@@ -19,7 +19,7 @@ bool disarm();
 // Allocated through the library and not yet freed.
 int64_t live();
 
-// Calls body(mode) with the first allocation failing, then the second, and so on until a run meets
+// Calls body with the first allocation failing, then the second, and so on until a run meets
 // no failure; once with only that one failing and once with all later ones failing too. body must
 // release what it got: a leak is a failure of the test. Returns how many failures were injected.
 uint64_t fail_each(void (*body)());
