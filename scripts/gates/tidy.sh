@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# clang-tidy over the library's sources, warnings are errors.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+mkdir -p build
+cmake --preset clang -G Ninja -DZT_WERROR=ON >build/tidy.log 2>&1 || { tail -n 20 build/tidy.log; exit 1; }
+git ls-files 'src/*.cpp' | xargs -P "$(nproc)" -n 3 clang-tidy -p build/clang --quiet >build/tidy.log 2>&1 || {
+  grep -vE 'warnings? (generated|treated)|^Suppressed|^Use -header' build/tidy.log
+  echo "tidy: clang-tidy has something to say"
+  exit 1
+}

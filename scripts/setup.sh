@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs, by name and with apt, what is missing on a Debian 12 machine. Does nothing when all is there.
+#   scripts/setup.sh build   what builds the library and the examples
+#   scripts/setup.sh test    also what the tests need
+#   scripts/setup.sh         everything, the gates of .ci/run included
+set -euo pipefail
+
+build=(g++ cmake make ninja-build)
+test=(libgtest-dev)
+gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
+
+case "${1:-all}" in
+  build) wanted=("${build[@]}") ;;
+  test) wanted=("${build[@]}" "${test[@]}") ;;
+  all) wanted=("${build[@]}" "${test[@]}" "${gates[@]}") ;;
+  *) echo "usage: scripts/setup.sh [build|test|all]" >&2; exit 2 ;;
+esac
+
+missing=()
+for package in "${wanted[@]}"; do
+  state=$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null || true)
+  [ "${state:0:2}" = ii ] || missing+=("$package")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { echo "setup: install these as root: ${missing[*]}" >&2; exit 1; }
+  as_root=(sudo)
+fi
+echo "setup: installing ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+if ! { "${as_root[@]}" apt-get update &&
+       "${as_root[@]}" apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+  tail -n 20 "$log" >&2
+  echo "setup: apt could not install ${missing[*]}" >&2
+  exit 1
+fi

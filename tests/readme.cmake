@@ -1,0 +1,10 @@
+# The README's example, cut out of the README: what people copy is what is compiled and run.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/README.md")
+file(READ "${PROJECT_SOURCE_DIR}/README.md" readme)
+string(REGEX REPLACE ".*\n```c\n([^`]*)```.*" "\\1" example "${readme}")
+file(CONFIGURE OUTPUT readme_example.c CONTENT "${example}" @ONLY)
+add_executable(readme_example "${CMAKE_CURRENT_BINARY_DIR}/readme_example.c")
+set_target_properties(readme_example PROPERTIES C_STANDARD 11 C_EXTENSIONS OFF)
+target_link_libraries(readme_example PRIVATE zt::base zt_warnings Threads::Threads)
+add_test(NAME readme_example COMMAND readme_example)
+set_tests_properties(readme_example PROPERTIES LABELS unit PASS_REGULAR_EXPRESSION "hello, world")
