@@ -5,11 +5,11 @@
  * Every operation that can fail returns a zt_status_t: 0 for success, a positive number that names
  * the failure otherwise, never negated.
  *
- * Memory   Returned texts are never freed by the caller. Built-in texts live as long as the process;
- *          texts of registered rows are the registrant's own pointers.
- * Threads  No lock. Look-ups only read and may run on any thread at any time. Registration belongs
- *          to program start: it must not run beside a look-up or another registration.
- * Failure  Unknown numbers and names have fixed answers; nothing here fails.
+ * Memory   Returned texts are never freed by the caller. Built-in texts live as long as the
+ * process; texts of registered rows are the registrant's own pointers. Threads  No lock. Look-ups
+ * only read and may run on any thread at any time. Registration belongs to program start: it must
+ * not run beside a look-up or another registration. Failure  Unknown numbers and names have fixed
+ * answers; nothing here fails.
  */
 #ifndef ZT_STATUS_H
 #define ZT_STATUS_H
@@ -24,8 +24,8 @@ extern "C" {
 
 typedef int32_t zt_status_t;
 
-/* The built-in statuses. Each constant is the status's code name in upper snake case. 55 has no name
- * here: it is what ENETUNREACH translates to, and is free for an application to describe. */
+/* The built-in statuses. Each constant is the status's code name in upper snake case. 55 has no
+ * name here: it is what ENETUNREACH translates to, and is free for an application to describe. */
 enum {
     ZT_STATUS_SUCCESS = 0,
     ZT_STATUS_PENDING = 1,
@@ -91,8 +91,8 @@ typedef struct zt_status_entry_t {
     const char *description; /* text for people, NUL-terminated */
 } zt_status_entry_t;
 
-/* The description of a status: built-in rows first, then registered ones in byte order of their code
- * names. "Unknown status code" when no row has the number. */
+/* The description of a status: built-in rows first, then registered ones in byte order of their
+ * code names. "Unknown status code" when no row has the number. */
 ZT_API const char *zt_get_status_string(zt_status_t status);
 
 /* The code name of a status, searched in the same order. "Unknown" when no row has the number. */

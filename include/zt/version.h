@@ -11,8 +11,8 @@
 extern "C" {
 #endif
 
-/* "Version: " followed by the release and a seven-digit build identifier. Read-only, NUL-terminated,
- * valid for the life of the process. Print it in bug reports. */
+/* "Version: " followed by the release and a seven-digit build identifier. Read-only,
+ * NUL-terminated, valid for the life of the process. Print it in bug reports. */
 ZT_API extern const char *const zt_base_version;
 
 #ifdef __cplusplus

@@ -114,8 +114,7 @@ void zt_status_extend_register(const zt_status_entry_t *rows, uint32_t count) {
     if (grown == nullptr) return;
 
     if (g_extra_count > 0) {
-        zt_memcpy(grown, g_extra,
-                  static_cast<uint32_t>(g_extra_count * sizeof(zt_status_entry_t)));
+        zt_memcpy(grown, g_extra, static_cast<uint32_t>(g_extra_count * sizeof(zt_status_entry_t)));
     }
     for (uint32_t i = 0; i < count; ++i) insert_by_code(grown, g_extra_count + i, rows[i]);
     zt_free(g_extra);

@@ -80,8 +80,8 @@ constexpr bool rows_are_in_status_order() {
 }
 static_assert(rows_are_in_status_order());
 
-// Row numbers in byte order of the code names: serves the look-up by name without ever moving a row,
-// so that concurrent look-ups by status cannot see a table in motion.
+// Row numbers in byte order of the code names: serves the look-up by name without ever moving a
+// row, so that concurrent look-ups by status cannot see a table in motion.
 inline constexpr std::array<uint8_t, kStatusRows.size()> kRowsByCode = [] {
     std::array<uint8_t, kStatusRows.size()> order{};
     for (size_t n = 0; n < order.size(); ++n) {

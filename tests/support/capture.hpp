@@ -4,7 +4,9 @@
 #define ZT_TESTS_SUPPORT_CAPTURE_HPP
 
 #include <gtest/gtest.h>
+#include <stdio_ext.h>
 
+#include <cstdio>
 #include <string>
 
 template <typename Body>
@@ -12,6 +14,15 @@ std::string capture_stdout(Body body) {
     testing::internal::CaptureStdout();
     body();
     return testing::internal::GetCapturedStdout();
+}
+
+// The same for code that must flush what it writes: whatever is left in the buffer is a failure.
+template <typename Body>
+std::string capture_flushed_stdout(Body body) {
+    return capture_stdout([&] {
+        body();
+        EXPECT_EQ(__fpending(stdout), 0U) << "not flushed";
+    });
 }
 
 #endif  // ZT_TESTS_SUPPORT_CAPTURE_HPP
