@@ -28,7 +28,8 @@ typedef struct zt_list_head_t {
     struct zt_list_head_t *prev; /* last element of a head, predecessor of an element */
 } zt_list_head_t;
 
-/* Initialiser of an empty head, or of an element on no list: zt_list_head_t h = ZT_LIST_HEAD_INIT(h). */
+/* Initialiser of an empty head, or of an element on no list:
+ * zt_list_head_t h = ZT_LIST_HEAD_INIT(h). */
 /* clang-format off */
 #define ZT_LIST_HEAD_INIT(name) { &(name), &(name) }
 /* clang-format on */

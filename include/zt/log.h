@@ -5,9 +5,8 @@
  * zt_log writes a message when its level is within one process-wide threshold. Categories are the
  * finer instrument: each piece of a service logs through a named category with its own level.
  *
- *     // net.h (for every file that logs through it)       // net.c (one file)
- *     ZT_LOGGING_CATEGORY_DECLARE(net);                     ZT_LOGGING_CATEGORY_DEFINE(net,
- * ZT_LOG_LEVEL_WARN);
+ *     ZT_LOGGING_CATEGORY_DECLARE(net);                      // net.h, for every file that uses it
+ *     ZT_LOGGING_CATEGORY_DEFINE(net, ZT_LOG_LEVEL_WARN);    // net.c, one file
  *
  *     ZT_LOG_ERROR(net, "connect to %s: %s", host, strerror(errno));
  *
@@ -22,11 +21,11 @@
  * Memory   Nothing is allocated. Category records and their names belong to the application and are
  *          registered by address: they must last as long as the process.
  * Threads  No lock. Logging, and reading or setting levels, switches and the callback, may happen
- * on any thread at any time. Registration and zt_logc_init belong to program start, before other
- * threads use categories; nor may zt_logc_set_level_by_prefix run beside them. The callback runs on
- * the logging thread, with no lock held, and may itself log. Failure  Nothing returns a status. A
- * category that cannot be registered is reported on standard output and can still be logged
- * through, but no level change by name reaches it.
+ *          on any thread at any time. Registration and zt_logc_init belong to program start, before
+ *          other threads use categories; nor may zt_logc_set_level_by_prefix run beside them. The
+ *          callback runs on the logging thread, with no lock held, and may itself log.
+ * Failure  Nothing returns a status. A category that cannot be registered is reported on standard
+ *          output and can still be logged through, but no level change by name reaches it.
  */
 #ifndef ZT_LOG_H
 #define ZT_LOG_H

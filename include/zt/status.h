@@ -6,10 +6,10 @@
  * the failure otherwise, never negated.
  *
  * Memory   Returned texts are never freed by the caller. Built-in texts live as long as the
- * process; texts of registered rows are the registrant's own pointers. Threads  No lock. Look-ups
- * only read and may run on any thread at any time. Registration belongs to program start: it must
- * not run beside a look-up or another registration. Failure  Unknown numbers and names have fixed
- * answers; nothing here fails.
+ *          process; texts of registered rows are the registrant's own pointers.
+ * Threads  No lock. Look-ups only read and may run on any thread at any time. Registration belongs
+ *          to program start: it must not run beside a look-up or another registration.
+ * Failure  Unknown numbers and names have fixed answers; nothing here fails.
  */
 #ifndef ZT_STATUS_H
 #define ZT_STATUS_H
