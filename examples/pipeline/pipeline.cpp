@@ -21,9 +21,9 @@
 #include "zt/base.h"
 
 // Each category registers itself before main runs; its level can be changed at run time.
-ZT_LOGGING_CATEGORY_DEFINE(app, ZT_LOG_LEVEL_INFO)
-ZT_LOGGING_CATEGORY_DEFINE(reader, ZT_LOG_LEVEL_INFO)
-ZT_LOGGING_CATEGORY_DEFINE(worker, ZT_LOG_LEVEL_INFO)
+ZT_LOGGING_CATEGORY_DEFINE(app, ZT_LOG_LEVEL_INFO);
+ZT_LOGGING_CATEGORY_DEFINE(reader, ZT_LOG_LEVEL_INFO);
+ZT_LOGGING_CATEGORY_DEFINE(worker, ZT_LOG_LEVEL_INFO);
 
 namespace {
 
@@ -56,10 +56,10 @@ struct Pipeline {
     zt_event_t finished{};  // set once by each thread that has done its work
     // The watchdog's callback gets the manager's address and steps from it to the pipeline.
     zt_watchdog_mgr_t watchdogs{};
-    bool expired = false;            // a worker was overdue; main thread only
-    std::atomic<bool> stop{false};   // gives the stalled worker its way out
+    bool expired = false;           // a worker was overdue; main thread only
+    std::atomic<bool> stop{false};  // gives the stalled worker its way out
     std::vector<Block> blocks;
-    Block end_mark{nullptr, 0};      // one for each worker, behind the last block
+    Block end_mark{nullptr, 0};  // one for each worker, behind the last block
     zt_thread_t reader = nullptr;
     std::array<Worker, kWorkers> workers;
 };
@@ -151,7 +151,8 @@ void start(Pipeline *pipeline, Mode mode) {
         std::snprintf(name, sizeof name, "worker-%u", i + 1);
         check(zt_thread_create_and_run(&worker.thread, 3, count_blocks, &worker, name), name);
     }
-    check(zt_thread_create_and_run(&pipeline->reader, 3, read_blocks, pipeline, "reader"), "reader");
+    check(zt_thread_create_and_run(&pipeline->reader, 3, read_blocks, pipeline, "reader"),
+          "reader");
 }
 
 // Checks the watchdogs until every thread has reported its end. After an expiry the run is given up:
@@ -177,7 +178,8 @@ bool report(const Pipeline &pipeline, uint64_t file_size) {
     std::array<uint64_t, 256> counts{};
     uint64_t blocks = 0;
     for (const Worker &worker : pipeline.workers) {
-        for (size_t value = 0; value < counts.size(); ++value) counts[value] += worker.counts[value];
+        for (size_t value = 0; value < counts.size(); ++value)
+            counts[value] += worker.counts[value];
         blocks += worker.blocks;
     }
     size_t commonest = 0;

@@ -5,7 +5,7 @@
 
 #include "zt/base.h"
 
-ZT_LOGGING_CATEGORY_DEFINE(consumer, ZT_LOG_LEVEL_INFO)
+ZT_LOGGING_CATEGORY_DEFINE(consumer, ZT_LOG_LEVEL_INFO);
 
 static int32_t put_three(zt_thread_t *self, void *queue) {
     static int items[3] = {1, 2, 3};

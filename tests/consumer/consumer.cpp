@@ -5,7 +5,7 @@
 
 #include "zt/base.h"
 
-ZT_LOGGING_CATEGORY_DEFINE(consumer, ZT_LOG_LEVEL_INFO)
+ZT_LOGGING_CATEGORY_DEFINE(consumer, ZT_LOG_LEVEL_INFO);
 
 int main(int, char **argv) {
     zt_mmap_t file;

@@ -1,0 +1,25 @@
+/* zt/base.h - every public header of libzt_base.
+ *
+ * SPDX-License-Identifier: MIT
+ */
+#ifndef ZT_BASE_H
+#define ZT_BASE_H
+
+/* clang-format off: from the ground up, not by name */
+#include "zt/export.h"
+#include "zt/list.h"
+#include "zt/status.h"
+#include "zt/version.h"
+#include "zt/memory.h"
+#include "zt/string.h"
+#include "zt/log.h"
+#include "zt/hex.h"
+#include "zt/time.h"
+#include "zt/mutex.h"
+#include "zt/ids.h"
+#include "zt/ring_buf.h"
+#include "zt/id_pool.h"
+#include "zt/mem_heap.h"
+/* clang-format on */
+
+#endif /* ZT_BASE_H */
