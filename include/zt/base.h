@@ -5,7 +5,8 @@
 #ifndef ZT_BASE_H
 #define ZT_BASE_H
 
-/* clang-format off: from the ground up, not by name */
+/* From the ground up, not by name. */
+/* clang-format off */
 #include "zt/export.h"
 #include "zt/list.h"
 #include "zt/status.h"

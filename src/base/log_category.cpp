@@ -122,13 +122,9 @@ void zt_logc_set_level_by_prefix(const char *prefix, int32_t level) {
     }
 }
 
-void zt_logc_set_global_level(int32_t level) {
-    store_level(zt__g_logc_global_level, level);
-}
+void zt_logc_set_global_level(int32_t level) { store_level(zt__g_logc_global_level, level); }
 
-int32_t zt_logc_get_global_level() {
-    return load_level(zt__g_logc_global_level);
-}
+int32_t zt_logc_get_global_level() { return load_level(zt__g_logc_global_level); }
 
 void zt_logc_set_print_cb(zt_logc_print_cb_t print_cb) {
     std::atomic_ref(zt__g_logc_print_cb).store(print_cb, std::memory_order_relaxed);

@@ -5,17 +5,11 @@
 #include <cstdlib>
 #include <cstring>
 
-void *zt_malloc(uint32_t size) {
-    return std::malloc(size);
-}
+void *zt_malloc(uint32_t size) { return std::malloc(size); }
 
-void *zt_zalloc(uint32_t size) {
-    return std::calloc(1, size);
-}
+void *zt_zalloc(uint32_t size) { return std::calloc(1, size); }
 
-void zt_free(void *ptr) {
-    std::free(ptr);
-}
+void zt_free(void *ptr) { std::free(ptr); }
 
 void *zt_memmove(void *destination, const void *source, uint32_t count) {
     return std::memmove(destination, source, count);

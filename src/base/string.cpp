@@ -23,9 +23,7 @@ char *map_bytes(char *string, Map map) {
 
 }  // namespace
 
-size_t zt_strlen(const char *string) {
-    return std::strlen(string);
-}
+size_t zt_strlen(const char *string) { return std::strlen(string); }
 
 int zt_strncmp(const char *first, const char *second, uint32_t count) {
     return std::strncmp(first, second, count);

@@ -45,9 +45,7 @@ Entry *find(const zt_id_pool_t *pool, int32_t id) {
 
 // The number behind an id, computed unsigned: behind the largest one it is not positive, which the
 // next choice takes as a sign to restart.
-int32_t successor(int32_t id) {
-    return static_cast<int32_t>(static_cast<uint32_t>(id) + 1);
-}
+int32_t successor(int32_t id) { return static_cast<int32_t>(static_cast<uint32_t>(id) + 1); }
 
 int32_t choose_id(zt_id_pool_t *pool) {
     int32_t id = 0;

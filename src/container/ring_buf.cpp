@@ -37,9 +37,7 @@ uint32_t claim(const zt_ring_buf_t &ring, uint32_t position, uint32_t claimed, u
 
 }  // namespace
 
-uint32_t ring_buf_get_rewind_threshold() {
-    return 0x80000000;
-}
+uint32_t ring_buf_get_rewind_threshold() { return 0x80000000; }
 
 void zt_ring_buf_init(zt_ring_buf_t *ring, uint32_t size, void *buffer) {
     zt_memset(ring, 0, sizeof *ring);
@@ -48,17 +46,11 @@ void zt_ring_buf_init(zt_ring_buf_t *ring, uint32_t size, void *buffer) {
     ring->mask = std::has_single_bit(ring->size) ? ring->size - 1 : 0;
 }
 
-bool zt_ring_buf_is_empty(const zt_ring_buf_t *ring) {
-    return stored(*ring) == 0;
-}
+bool zt_ring_buf_is_empty(const zt_ring_buf_t *ring) { return stored(*ring) == 0; }
 
-uint32_t zt_ring_buf_size_get(const zt_ring_buf_t *ring) {
-    return stored(*ring);
-}
+uint32_t zt_ring_buf_size_get(const zt_ring_buf_t *ring) { return stored(*ring); }
 
-uint32_t zt_ring_buf_space_get(const zt_ring_buf_t *ring) {
-    return ring->size - stored(*ring);
-}
+uint32_t zt_ring_buf_space_get(const zt_ring_buf_t *ring) { return ring->size - stored(*ring); }
 
 uint32_t zt_ring_buf_put_claim(zt_ring_buf_t *ring, uint8_t **data, uint32_t requested) {
     const uint32_t claimed = ring->claim_tail - ring->tail;

@@ -17,9 +17,7 @@ inline uint32_t rebase_amount(const zt_ring_buf_t &ring) {
 }
 
 // The producer has rebased and the consumer has not.
-inline bool frames_differ(const zt_ring_buf_t &ring) {
-    return ring.tail < ring.head;
-}
+inline bool frames_differ(const zt_ring_buf_t &ring) { return ring.tail < ring.head; }
 
 // Units stored. The subtraction and the amount cancel out modulo 2^32.
 inline uint32_t stored(const zt_ring_buf_t &ring) {

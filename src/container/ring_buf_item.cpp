@@ -42,9 +42,7 @@ WordRange words_at(const zt_ring_buf_t &ring, uint32_t position, uint32_t offset
     return {storage + index, to_end, storage, count - to_end};
 }
 
-constexpr uint32_t bytes_of(uint32_t words) {
-    return words * sizeof(uint32_t);
-}
+constexpr uint32_t bytes_of(uint32_t words) { return words * sizeof(uint32_t); }
 
 }  // namespace
 

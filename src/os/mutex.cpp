@@ -37,8 +37,8 @@ zt_status_t zt_mutex_init_ex(zt_mutex_t *mutex, bool recursive, bool dummy) {
     mutex->dummy = dummy;
     int error = 0;
     if (!dummy) {
-        error = recursive ? init_recursive(&mutex->mutex)
-                          : pthread_mutex_init(&mutex->mutex, nullptr);
+        error =
+            recursive ? init_recursive(&mutex->mutex) : pthread_mutex_init(&mutex->mutex, nullptr);
     }
     mutex->initialized = error == 0;
     return status_of(error);

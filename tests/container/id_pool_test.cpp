@@ -13,9 +13,7 @@
 
 namespace {
 
-void *as_pointer(uintptr_t value) {
-    return reinterpret_cast<void *>(value);
-}
+void *as_pointer(uintptr_t value) { return reinterpret_cast<void *>(value); }
 
 // The counter as a slow obvious model: the first number from `next` on that is not in the map.
 int32_t expected_id(const std::map<int32_t, void *> &used, int32_t *next) {

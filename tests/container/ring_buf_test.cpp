@@ -273,6 +273,4 @@ TEST(RingBuf, PositionsAndHeaderAreAsDocumented) {
 
 }  // namespace
 
-uint32_t ring_buf_get_rewind_threshold() {
-    return g_threshold;
-}
+uint32_t ring_buf_get_rewind_threshold() { return g_threshold; }
