@@ -13,7 +13,7 @@ rm -rf "$root/src"
 git clone -q . "$root/src"
 mkdir -p "$root/proc" "$root/dev"
 mount -t proc proc "$root/proc"
-mount --rbind /dev "$root/dev"
+mount --bind /dev "$root/dev"
 trap 'umount -l "$root/dev" "$root/proc"' EXIT
 
 for script in scripts/demo.sh scripts/test.sh; do
