@@ -11,6 +11,7 @@
 
 template <typename Body>
 std::string capture_stdout(Body body) {
+    std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);  // only a flush empties it, also on a terminal
     testing::internal::CaptureStdout();
     body();
     return testing::internal::GetCapturedStdout();
