@@ -6,10 +6,9 @@
 
 #include <map>
 #include <random>
-#include <thread>
-#include <vector>
 
 #include "support/alloc_faults.hpp"
+#include "support/threads.hpp"
 
 namespace {
 
@@ -46,13 +45,12 @@ void run_against_map(uint32_t buckets, int32_t start) {
                 break;
             }
             case 1: {
-                const bool taken = model.count(id) != 0;
                 const int32_t expected = id < 1 ? expected_id(model, &next) : id;
-                ASSERT_EQ(zt_id_pool_alloc_specific(&pool, as_pointer(i), &id), taken ? 22 : 0);
+                const bool added = model.try_emplace(expected, as_pointer(i)).second;
+                ASSERT_EQ(zt_id_pool_alloc_specific(&pool, as_pointer(i), &id), added ? 0 : 22);
                 ASSERT_EQ(id, expected);
-                if (taken) break;
-                model[id] = as_pointer(i);
-                if (int64_t{next} <= id && next > 0) next = id == INT32_MAX ? INT32_MIN : id + 1;
+                const bool passes = next > 0 && next <= id;
+                if (added && passes) next = id == INT32_MAX ? INT32_MIN : id + 1;
                 break;
             }
             default:
@@ -99,24 +97,17 @@ TEST(IdPool, EveryFailedAllocationLeavesThePoolAsItWas) {
 TEST(IdPool, ThreadsNeverShareAnId) {
     zt_id_pool_t pool;
     ASSERT_EQ(zt_id_pool_create(&pool, 16), 0);
-    std::vector<std::thread> threads;
-    for (uintptr_t t = 1; t <= 4; ++t) {
-        threads.emplace_back([&pool, t] {
-            for (int round = 0; round < 2'000; ++round) {
-                int32_t ids[4];
-                for (int32_t &id : ids) ASSERT_EQ(zt_id_pool_alloc(&pool, as_pointer(t), &id), 0);
-                for (const int32_t id : ids) {
-                    void *owner = nullptr;
-                    ASSERT_TRUE(zt_id_pool_lookup(&pool, id, &owner));
-                    ASSERT_EQ(owner, as_pointer(t));
-                    ASSERT_TRUE(zt_id_pool_free(&pool, id));
-                }
-            }
-        });
-    }
-    for (std::thread &thread : threads) thread.join();
-    EXPECT_LE(pool.node_count, 16u);
-    EXPECT_EQ(pool.next_id, 4 * 2'000 * 4 + 1);
+    on_threads(4, [&pool](int thread) {
+        for (int32_t round = 0, id = 0; round < 8'000; ++round) {
+            void *owner = nullptr;
+            ASSERT_EQ(zt_id_pool_alloc(&pool, as_pointer(thread), &id), 0);
+            ASSERT_TRUE(zt_id_pool_lookup(&pool, id, &owner));
+            ASSERT_EQ(owner, as_pointer(thread));
+            ASSERT_TRUE(zt_id_pool_free(&pool, id));
+        }
+    });
+    EXPECT_LE(pool.node_count, 4u);
+    EXPECT_EQ(pool.next_id, 4 * 8'000 + 1);
     zt_id_pool_destroy(&pool);
 }
 

@@ -4,42 +4,37 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
-#include <thread>
 #include <vector>
 
 #include "support/alloc_faults.hpp"
+#include "support/threads.hpp"
 
 namespace {
 
-// The blocks cover the region in order, add up to the sizes, and no two free ones are neighbours.
-void expect_sound(zt_mem_heap_t heap, uint64_t base) {
+// Checks that the blocks cover the region in order, add up to the sizes, and that no two free ones are
+// neighbours. Returns the address of the first free block of need bytes, or null.
+const uint64_t *expect_sound(zt_mem_heap_t heap, uint64_t base, uint64_t need = 0) {
+    const uint64_t *fit = nullptr;
     uint64_t addr = base, free_size = 0, total = 0;
     bool previous_free = false;
     for (zt_list_head_t *link = heap->blocks.next; link != &heap->blocks; link = link->next) {
         const auto *block = ZT_CONTAINER_OF(link, zt_mem_heap_block_t, link);
-        ASSERT_EQ(link->next->prev, link);
-        ASSERT_EQ(block->addr, addr);
-        ASSERT_EQ(block->addr % heap->align, 0u);
-        ASSERT_FALSE(previous_free && block->is_free);
+        EXPECT_EQ(link->next->prev, link);
+        EXPECT_EQ(block->addr, addr);
+        EXPECT_EQ(block->addr % heap->align, 0u);
+        EXPECT_FALSE(previous_free && block->is_free);
         previous_free = block->is_free;
         addr += block->size;
         total += block->size;
         if (block->is_free) free_size += block->size;
+        if (fit == nullptr && block->is_free && block->size >= need) fit = &block->addr;
     }
-    ASSERT_EQ(total, zt_mem_heap_get_size(&heap));
-    ASSERT_EQ(free_size, zt_mem_heap_get_free_size(&heap));
-    ASSERT_EQ(total - free_size, zt_mem_heap_get_alloc_size(&heap));
-}
-
-// Lowest address of a free block of at least need bytes; false when there is none.
-bool first_fit(zt_mem_heap_t heap, uint64_t need, uint64_t *addr) {
-    for (zt_list_head_t *link = heap->blocks.next; link != &heap->blocks; link = link->next) {
-        const auto *block = ZT_CONTAINER_OF(link, zt_mem_heap_block_t, link);
-        *addr = block->addr;
-        if (block->is_free && block->size >= need) return true;
-    }
-    return false;
+    EXPECT_EQ(total, zt_mem_heap_get_size(&heap));
+    EXPECT_EQ(free_size, zt_mem_heap_get_free_size(&heap));
+    EXPECT_EQ(total - free_size, zt_mem_heap_get_alloc_size(&heap));
+    return fit;
 }
 
 struct Region {
@@ -72,17 +67,15 @@ TEST(MemHeap, FirstFitOverSoundBlocks) {
                                        : static_cast<uint32_t>(random()) % (region.size / 12 + 1);
                 const uint64_t need =
                     (uint64_t{size} + region.align - 1) / region.align * region.align;
-                uint64_t expected = 0;
-                const bool fits = first_fit(heap, need, &expected);
+                const uint64_t *expected = expect_sound(heap, region.base, need);
                 zt_mem_heap_block_t *block = zt_mem_heap_alloc(&heap, size);
-                ASSERT_EQ(block != nullptr, fits) << "request " << size;
+                ASSERT_EQ(block != nullptr, expected != nullptr) << "request " << size;
                 if (block == nullptr) continue;
-                ASSERT_EQ(block->addr, expected);
+                ASSERT_EQ(&block->addr, expected);
                 ASSERT_EQ(block->size, need);
                 held.push_back(block);
             }
-            expect_sound(heap, region.base);
-            if (HasFatalFailure()) return;
+            ASSERT_FALSE(HasFailure());
         }
         for (zt_mem_heap_block_t *block : held) zt_mem_heap_free(&heap, block);
         EXPECT_EQ(heap->blocks.next->next, &heap->blocks) << "one free block is left";
@@ -114,19 +107,15 @@ TEST(MemHeap, ThreadsNeverShareAnAddress) {
     zt_mem_heap_t heap = nullptr;
     ASSERT_EQ(zt_mem_heap_create(&heap, 0, 4096, 16), 0);
     std::vector<uint8_t> region(4096);  // written by the owner of an address only: races would show
-    std::vector<std::thread> threads;
-    for (int t = 1; t <= 4; ++t) {
-        threads.emplace_back([&heap, &region, t] {
-            for (int round = 0; round < 3'000; ++round) {
-                zt_mem_heap_block_t *block = zt_mem_heap_alloc(&heap, 16 * (round % 9) + 1);
-                if (block == nullptr) continue;
-                std::fill_n(&region[block->addr], block->size, uint8_t(t));
-                for (uint32_t i = 0; i < block->size; ++i) ASSERT_EQ(region[block->addr + i], t);
-                zt_mem_heap_free(&heap, block);
-            }
-        });
-    }
-    for (std::thread &thread : threads) thread.join();
+    on_threads(4, [&heap, &region](int thread) {
+        for (uint32_t round = 0; round < 3'000; ++round) {
+            zt_mem_heap_block_t *block = zt_mem_heap_alloc(&heap, 16 * (round % 9) + 1);
+            if (block == nullptr) continue;
+            std::fill_n(&region[block->addr], block->size, static_cast<uint8_t>(thread));
+            for (uint32_t i = 0; i < block->size; ++i) ASSERT_EQ(region[block->addr + i], thread);
+            zt_mem_heap_free(&heap, block);
+        }
+    });
     expect_sound(heap, 0);
     EXPECT_EQ(zt_mem_heap_get_alloc_size(&heap), 0u);
     zt_mem_heap_destroy(&heap);
