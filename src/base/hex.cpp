@@ -13,7 +13,7 @@
 namespace {
 
 constexpr uint32_t kLineBytes = 16;
-constexpr uint32_t kLineSize = 131;
+constexpr uint32_t kLineSize = 131;  // the longest line takes 65 and the NUL
 constexpr int kPriority = LOG_USER | LOG_INFO;
 
 struct Line {
@@ -29,7 +29,8 @@ uint32_t group_size(const Line &line, int32_t group_width) {
     return line.count % size == 0 ? size : 1;
 }
 
-// The digits of one group, the most significant byte first. Returns their end.
+// The digits of one group as the machine reads it as a number: the most significant byte first.
+// Byte by byte, so that alignment does not matter. Returns their end.
 char *put_group(char *out, const uint8_t *group, uint32_t size) {
     constexpr char kDigits[] = "0123456789abcdef";
     for (uint32_t i = 0; i < size; ++i) {
@@ -41,6 +42,7 @@ char *put_group(char *out, const uint8_t *group, uint32_t size) {
     return out;
 }
 
+// The groups over a ground of blanks, then the characters in their column.
 void build(char (&text)[kLineSize], const Line &line, int32_t group_width) {
     const uint32_t size = group_size(line, group_width);
     const uint32_t character_column = 33 + kLineBytes / size;

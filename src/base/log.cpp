@@ -15,6 +15,7 @@ constinit std::atomic<uint32_t> g_threshold{0};
 }  // namespace
 
 void zt_log(int to_syslog, uint32_t level, const char *format, ...) {
+    // Filtered messages cost one load.
     if (level > g_threshold.load(std::memory_order_relaxed)) return;
     va_list arguments;
     va_start(arguments, format);

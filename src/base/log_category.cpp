@@ -22,12 +22,15 @@ namespace {
 constexpr uint32_t kNameBytes = 128;  // as far as names are compared
 constexpr int32_t kOwnCapacity = 512;
 
+// Sorted by name, so that look-ups halve it. The array is the library's own until zt_logc_init
+// brings a larger one; it is reshaped at program start only and needs no lock.
 constinit zt_logging_category_t *g_own_array[kOwnCapacity] = {};
 constinit zt_logging_category_t **g_categories = g_own_array;
 constinit int32_t g_capacity = kOwnCapacity;
 constinit int32_t g_count = 0;
 
-// Levels are read by threads that log while another one sets them.
+// Levels are read by threads that log while another one sets them. Nothing hangs on their order
+// relative to other memory, so relaxed is enough.
 void store_level(int32_t &level, int32_t value) {
     std::atomic_ref(level).store(value, std::memory_order_relaxed);
 }
@@ -41,6 +44,7 @@ struct Place {
     bool found;
 };
 
+// Binary search. When the name is missing, low has come to rest where it belongs.
 Place find(const char *name) {
     int32_t low = 0;
     int32_t high = g_count - 1;
@@ -74,6 +78,7 @@ void report_full_array() {
 }  // namespace
 
 void zt_logc_init(zt_logging_category_t **categories, int32_t max_items, int32_t global_level) {
+    // No array is an array without room: registrations are refused, nothing is written through it.
     if (categories == nullptr) max_items = 0;
     if (g_count > 0 && max_items < g_count) {
         report_full_array();
@@ -88,6 +93,7 @@ void zt_logc_init(zt_logging_category_t **categories, int32_t max_items, int32_t
 void zt_logging_category_reg(zt_logging_category_t *category) {
     if (category == nullptr || category->name == nullptr) return;
     const Place place = find(category->name);
+    // A name that is taken is the more telling mistake, also when the array is full.
     if (place.found) {
         std::printf("ERROR: Failed to register logging category: %s\n", category->name);
         std::fflush(stdout);

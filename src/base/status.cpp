@@ -27,6 +27,7 @@ using zt::detail::kStatusRows;
 constinit zt_status_entry_t *g_extra = nullptr;
 constinit uint32_t g_extra_count = 0;
 
+// Built-in numbers cannot be registered again, so the order of the two searches shows nowhere.
 const zt_status_entry_t *find_by_status(zt_status_t status) {
     if (status >= 0 && static_cast<size_t>(status) < kStatusRows.size()) {
         return &kStatusRows[static_cast<size_t>(status)];
@@ -107,6 +108,8 @@ void zt_status_extend_register(const zt_status_entry_t *rows, uint32_t count) {
         return;
     }
 
+    // The grown copy is complete before it takes the old one's place: if it cannot be made, nothing
+    // has changed.
     const uint64_t total = uint64_t{g_extra_count} + count;
     const uint64_t bytes = total * sizeof(zt_status_entry_t);
     if (bytes > UINT32_MAX) return;

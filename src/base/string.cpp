@@ -57,6 +57,7 @@ uint64_t zt_strtoull(const char *string, char **end, int base) {
     return std::strtoull(string, end, base);
 }
 
+// A long has 64 bits here: the parser's own limits lie beyond the ones below.
 int32_t zt_strtol(const char *string, char **end, int base) {
     using Limits = std::numeric_limits<int32_t>;
     const long value = std::strtol(string, end, base);
@@ -72,6 +73,7 @@ uint32_t zt_strtoul(const char *string, char **end, int base) {
 
 zt_status_t zt_strncpy(char *destination, const char *source, uint32_t size) {
     if (destination == nullptr || size == 0) return ZT_STATUS_INVALID_ARGUMENT;
+    // strncpy for its padding: nobody finds the buffer's old bytes behind the text.
     std::strncpy(destination, source, size);
     destination[size - 1] = '\0';
     return ZT_STATUS_SUCCESS;
@@ -90,6 +92,7 @@ bool zt_str_beginwith(const char *string, const char *prefix) {
 }
 
 bool zt_str_endwith(const char *string, const char *suffix) {
+    // Full width, unlike the counts: the difference is right for any text.
     const size_t length = zt_strlen(string);
     const size_t suffix_length = zt_strlen(suffix);
     if (length < suffix_length) return false;

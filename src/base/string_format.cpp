@@ -26,7 +26,8 @@ zt_status_t zt_str_replace(char *string, uint32_t size, const char *old_text,
     const size_t result_length = static_cast<size_t>(match - string) + new_length + tail_length;
     if (result_length >= size) return ZT_STATUS_NO_SPACE;
 
-    // The result fits size, so each of its pieces fits the 32-bit counts.
+    // The result fits size, so each of its pieces fits the 32-bit counts. The tail goes first: the
+    // new text may be longer than the old one.
     if (tail_length != 0) {
         zt_memmove(match + new_length, match + old_length, static_cast<uint32_t>(tail_length));
     }

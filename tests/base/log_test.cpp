@@ -136,8 +136,8 @@ TEST(Log, RegistersAsTheModelDoes) {
     zt_logc_set_level_by_prefix("nn", 2000);
     zt_logc_set_level("sample_cpp", 3000);
     for (const auto &[key, record] : model) {
-        EXPECT_EQ(record->level == 2000, key.starts_with("nn"));
-        EXPECT_EQ(record->level == 3000, key == "sample_cpp");
+        const int32_t want = key == "sample_cpp" ? 3000 : key.starts_with("nn") ? 2000 : -1;
+        EXPECT_TRUE(record->level == want || (want < 0 && record->level < 1000)) << key;
         EXPECT_EQ(zt_logc_get_level(record->name), record->level);
     }
     EXPECT_EQ(zt_logc_get_level("missing"), -1);

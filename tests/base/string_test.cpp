@@ -27,13 +27,11 @@ namespace {
 TEST(String, TestsEndsAndMapsLetters) {
     const auto begins = zt_str_beginwith, ends = zt_str_endwith;
     EXPECT_TRUE(begins("ab", "") && begins("ab", "ab") && !begins("ab", "b") && !begins("a", "ab"));
-    EXPECT_TRUE(ends("ab", "") && ends("ab", "b") && !ends("ab", "a") && !ends("b", "ab"));
+    EXPECT_TRUE(ends("ab", "") && ends("ab", "b") && !ends("ab", "a") && !ends(&"ab"[1], "ab"));
     for (int byte = 1; byte < 256; ++byte) {
-        const auto same = static_cast<char>(byte), other = static_cast<char>(byte ^ 0x20);
-        char text[] = {'-', same, '\0'};
-        EXPECT_EQ(zt_strlwr(text)[1], byte >= 'A' && byte <= 'Z' ? other : same) << byte;
-        text[1] = same;
-        EXPECT_EQ(zt_strupr(text)[1], byte >= 'a' && byte <= 'z' ? other : same) << byte;
+        char text[] = {'-', static_cast<char>(byte), '\0'};
+        EXPECT_EQ(zt_strlwr(text)[1], static_cast<char>(std::tolower(byte))) << byte;
+        EXPECT_EQ(zt_strupr(text)[1], static_cast<char>(std::toupper(byte))) << byte;
     }
     EXPECT_EQ(zt_strlwr(nullptr), nullptr);
 }
@@ -43,17 +41,17 @@ const struct {
     int used, error;
     int32_t as_signed;
     uint32_t as_unsigned;
-} kNumbers[] = {{"99999999999", 11, 0, INT32_MAX, UINT32_MAX},
-                {"-2147483649", 11, 0, INT32_MIN, UINT32_MAX},
-                {"4294967295", 10, 0, INT32_MAX, UINT32_MAX},
+} kNumbers[] = {{"99999999999", 11, EXDEV, INT32_MAX, UINT32_MAX},
+                {"-2147483649", 11, EXDEV, INT32_MIN, UINT32_MAX},
+                {"4294967295", 10, EXDEV, INT32_MAX, UINT32_MAX},
                 {"-18446744073709551615", 21, ERANGE, INT32_MIN, 1},
-                {"0x7FFFFFFFg", 10, 0, INT32_MAX, 2147483647},
-                {"z", 0, 0, 0, 0}};
+                {"0x7FFFFFFFg", 10, EXDEV, INT32_MAX, 2147483647},
+                {"z", 0, EXDEV, 0, 0}};
 
 TEST(String, ParsesAndSaturates) {
     for (const auto &[text, used, error, as_signed, as_unsigned] : kNumbers) {
         char *end = nullptr;
-        errno = 0;
+        errno = EXDEV;
         EXPECT_EQ(zt_strtol(text, &end, 0), as_signed) << text;
         EXPECT_EQ(zt_strtoul(text, nullptr, 0), as_unsigned) << text;
         EXPECT_TRUE(end == text + used && errno == error) << text;
