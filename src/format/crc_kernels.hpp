@@ -1,0 +1,19 @@
+// The kernels of the CRCs: each takes the bare register and returns it.
+// SPDX-License-Identifier: MIT
+#ifndef ZT_SRC_FORMAT_CRC_KERNELS_HPP
+#define ZT_SRC_FORMAT_CRC_KERNELS_HPP
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zt::detail {
+
+using Crc16Kernel = uint16_t(uint16_t crc, const uint8_t *data, size_t length);
+using Crc32Kernel = uint32_t(uint32_t crc, const uint8_t *data, size_t length);
+
+Crc16Kernel crc16_portable;
+Crc32Kernel crc32_portable;
+
+}  // namespace zt::detail
+
+#endif  // ZT_SRC_FORMAT_CRC_KERNELS_HPP

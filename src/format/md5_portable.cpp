@@ -1,0 +1,74 @@
+// The MD5 block function in plain C++.
+// SPDX-License-Identifier: MIT
+#include <bit>
+
+#include "format/byte_order.hpp"
+#include "format/md5_kernels.hpp"
+
+namespace zt::detail {
+namespace {
+
+// The integer part of 2^32 times |sin(i + 1)|.
+constexpr uint32_t kSines[64] = {
+    0xd76aa478, 0xe8c7b756, 0x242070db, 0xc1bdceee, 0xf57c0faf, 0x4787c62a, 0xa8304613, 0xfd469501,
+    0x698098d8, 0x8b44f7af, 0xffff5bb1, 0x895cd7be, 0x6b901122, 0xfd987193, 0xa679438e, 0x49b40821,
+    0xf61e2562, 0xc040b340, 0x265e5a51, 0xe9b6c7aa, 0xd62f105d, 0x02441453, 0xd8a1e681, 0xe7d3fbc8,
+    0x21e1cde6, 0xc33707d6, 0xf4d50d87, 0x455a14ed, 0xa9e3e905, 0xfcefa3f8, 0x676f02d9, 0x8d2a4c8a,
+    0xfffa3942, 0x8771f681, 0x6d9d6122, 0xfde5380c, 0xa4beea44, 0x4bdecfa9, 0xf6bb4b60, 0xbebfbc70,
+    0x289b7ec6, 0xeaa127fa, 0xd4ef3085, 0x04881d05, 0xd9d4d039, 0xe6db99e5, 0x1fa27cf8, 0xc4ac5665,
+    0xf4292244, 0x432aff97, 0xab9423a7, 0xfc93a039, 0x655b59c3, 0x8f0ccc92, 0xffeff47d, 0x85845dd1,
+    0x6fa87e4f, 0xfe2ce6e0, 0xa3014314, 0x4e0811a1, 0xf7537e82, 0xbd3af235, 0x2ad7d2bb, 0xeb86d391,
+};
+constexpr int kRotations[4][4] = {
+    {7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
+
+uint32_t mix(int round, uint32_t b, uint32_t c, uint32_t d) {
+    switch (round) {
+        case 0:
+            return d ^ (b & (c ^ d));
+        case 1:
+            return c ^ (d & (b ^ c));
+        case 2:
+            return b ^ c ^ d;
+        default:
+            return c ^ (b | ~d);
+    }
+}
+
+// The word of the block that a step of a round takes.
+constexpr uint32_t word_index(uint32_t round, uint32_t step) {
+    constexpr uint32_t kFactor[4] = {1, 5, 3, 7};
+    constexpr uint32_t kOffset[4] = {0, 1, 5, 0};
+    return (kFactor[round] * step + kOffset[round]) % 16;
+}
+
+void transform(uint32_t state[4], const uint8_t *block) {
+    uint32_t words[16];
+    for (uint32_t i = 0; i < 16; ++i) words[i] = load32<std::endian::little>(block + 4 * i);
+    uint32_t a = state[0];
+    uint32_t b = state[1];
+    uint32_t c = state[2];
+    uint32_t d = state[3];
+    for (uint32_t round = 0; round < 4; ++round) {
+        for (uint32_t step = 0; step < 16; ++step) {
+            const uint32_t sum = a + mix(static_cast<int>(round), b, c, d) +
+                                 words[word_index(round, step)] + kSines[16 * round + step];
+            a = d;
+            d = c;
+            c = b;
+            b += std::rotl(sum, kRotations[round][step % 4]);
+        }
+    }
+    state[0] += a;
+    state[1] += b;
+    state[2] += c;
+    state[3] += d;
+}
+
+}  // namespace
+
+void md5_portable(uint32_t state[4], const uint8_t *data, size_t blocks) {
+    for (; blocks > 0; --blocks, data += 64) transform(state, data);
+}
+
+}  // namespace zt::detail
