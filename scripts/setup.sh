@@ -6,7 +6,7 @@
 set -euo pipefail
 
 build=(g++ cmake make ninja-build)
-test=(libgtest-dev)
+test=(libgtest-dev python3)
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
 
 case "${1:-all}" in
