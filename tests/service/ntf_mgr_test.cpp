@@ -206,7 +206,7 @@ TEST(NtfMgr, AFailedSubscribeLeavesTheManagerAsItWas) {
                   EXPECT_EQ(flags, other ? 1u : 0u);
                   zt_ntf_mgr_deinit(&manager);
               }),
-              20u);
+              18u);
 }
 
 // An application's own locks behind the hooks; the handle comes first.

@@ -116,10 +116,9 @@ class Simulation {
     void process() {
         processed_at_ = app_.now;
         const int reads = app_.clock_reads;
-        const bool was_empty = due_.empty();
         app_.alarms.clear();
         ASSERT_EQ(zt_timer_mgr_process_alarm(&app_.manager), 0);
-        if (was_empty) ASSERT_EQ(app_.clock_reads, reads + 1);
+        ASSERT_GT(app_.clock_reads, reads) << "the clock is read also when there is no timer";
         ASSERT_EQ(app_.alarms.empty() ? UINT64_MAX : app_.alarms.back(), earliest());
         ASSERT_GT(earliest(), processed_at_);
     }
