@@ -21,6 +21,7 @@
 #include "zt/ring_buf.h"
 #include "zt/id_pool.h"
 #include "zt/mem_heap.h"
+#include "zt/fourcc.h"
 /* clang-format on */
 
 #endif /* ZT_BASE_H */
