@@ -23,6 +23,7 @@
 #include "zt/mem_heap.h"
 #include "zt/fourcc.h"
 #include "zt/hdmi_info_frame.h"
+#include "zt/tsw.h"
 #include "zt/numeric.h"
 #include "zt/flash.h"
 /* clang-format on */
