@@ -21,6 +21,11 @@
 #include "zt/ring_buf.h"
 #include "zt/id_pool.h"
 #include "zt/mem_heap.h"
+#include "zt/fourcc.h"
+#include "zt/hdmi_info_frame.h"
+#include "zt/tsw.h"
+#include "zt/numeric.h"
+#include "zt/flash.h"
 /* clang-format on */
 
 #endif /* ZT_BASE_H */
