@@ -42,7 +42,11 @@ typedef struct zt_hw_watchdog_t zt_hw_watchdog_t;
 /* One supervised client. Before its first registration the owner zeroes it, makes the link point to
  * itself (ZT_LIST_HEAD_INIT) and sets the name. */
 struct zt_watchdog_t {
-    zt_list_head_t link;    /* next, prev; both point to the link itself while not registered */
+    /* Its place among the manager's clients; points to itself while not registered. */
+    __extension__ union {
+        zt_list_head_t link;
+        __extension__ struct { zt_list_head_t *next, *prev; /* of the link */ };
+    };
     const char *name;       /* for the expiry callback; set by the owner, never used here */
     uint64_t last_alive_ms; /* zt_time_get_ms of the last keep-alive or of the registration; written
                                by the client's thread without a lock, so read it atomically */

@@ -11,10 +11,8 @@
 // - An event is drained by the one waiter that wakes, while the others sleep on in the kernel. So
 //   whoever waited and leaves passes the wake-up on when there is more for others: items or nodes
 //   that are left, or marked waiters that are still asleep.
-// - A wake-up meant for a marked waiter must not be drained by one that arrived after the cancel,
-// for
-//   that one would go back to sleep with it. Newcomers stay off the event until the marked are
-//   gone.
+// - A wake-up meant for a marked waiter must not be drained by one that arrived after the cancel, for
+//   that one would go back to sleep with it. Newcomers stay off the event until the marked are gone.
 //
 // Locks: the queue's lock first, then the list's. Marks are set and read under the queue's lock.
 #ifndef ZT_SRC_CONTAINER_QUEUE_WAITERS_HPP

@@ -107,9 +107,7 @@ bool zt_event_is_set(const zt_event_t *event) {
     return poll(&polled, 1, 0) > 0 && polled.revents == POLLIN;
 }
 
-bool zt_event_try_wait(zt_event_t *event) {
-    return consume(event) != 0;
-}
+bool zt_event_try_wait(zt_event_t *event) { return consume(event) != 0; }
 
 int zt_event_wait(zt_event_t *event, int32_t timeout_ms) {
     const int ready = poll_in(event, timeout_ms);

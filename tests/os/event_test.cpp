@@ -17,9 +17,7 @@ static std::vector<int> g_interrupts;  // that many polls are interrupted, after
 static std::vector<int> g_polled;      // time-outs given to poll, which never lets one pass
 static uint64_t g_now_ms = 1000;
 
-uint64_t zt_time_get_ms() {
-    return g_now_ms;
-}
+uint64_t zt_time_get_ms() { return g_now_ms; }
 
 int poll(pollfd *fds, nfds_t count, int timeout) {
     g_polled.push_back(timeout);
