@@ -7,9 +7,10 @@
  * neighbours at once, so no two free blocks are ever adjacent.
  *
  * Memory   The caller owns the handle variable and the region. The heap owns its record and all
- * block descriptors, also those it has handed out: they end with zt_mem_heap_free or at destroy.
- * Threads  alloc, free and the sizes lock and may run on any thread. Create and destroy must not
- * run beside any other call on the heap. Failure  A null block means that nothing has changed.
+ *          block descriptors, also those it has handed out: they end with zt_mem_heap_free or at
+ *          destroy. Threads alloc, free and the sizes lock and may run on any thread. Create and
+ *          destroy must not run beside any other call on the heap.
+ * Failure  A null block means that nothing has changed.
  */
 #ifndef ZT_MEM_HEAP_H
 #define ZT_MEM_HEAP_H
