@@ -7,9 +7,9 @@
  *
  * Memory   The caller owns the record; the pool owns its buckets and entries and returns them at
  *          destroy. Entries are recycled: a pool in a steady state allocates nothing. The pointers
- *          stored belong to the caller and are never followed. Threads alloc, alloc_specific, free
- *          and lookup lock and may run on any thread. Create and destroy must not run beside any
- *          other call on the pool.
+ *          stored belong to the caller and are never followed.
+ * Threads  alloc, alloc_specific, free and lookup lock and may run on any thread. Create and
+ *          destroy must not run beside any other call on the pool.
  * Failure  A status other than success, or false, leaves every entry as it was.
  */
 #ifndef ZT_ID_POOL_H

@@ -8,8 +8,9 @@
  *
  * Memory   The caller owns the handle variable and the region. The heap owns its record and all
  *          block descriptors, also those it has handed out: they end with zt_mem_heap_free or at
- *          destroy. Threads alloc, free and the sizes lock and may run on any thread. Create and
- *          destroy must not run beside any other call on the heap.
+ *          destroy.
+ * Threads  alloc, free and the sizes lock and may run on any thread. Create and destroy must not
+ *          run beside any other call on the heap.
  * Failure  A null block means that nothing has changed.
  */
 #ifndef ZT_MEM_HEAP_H
