@@ -70,7 +70,7 @@ uint64_t decode_text(uint8_t *bytes, const char *text, uint64_t length) {
     uint8_t *out = bytes;
     uint32_t word = 0;
     uint32_t gathered = 0;
-    uint32_t group_size = 3;
+    int group_bits = 24;  // that a group gives: padding takes 8 each
     Base64SpanKernel *span = g_span.get();
     for (uint64_t at = 0; at < length;) {
         if (gathered == 0) {
@@ -82,11 +82,12 @@ uint64_t decode_text(uint8_t *bytes, const char *text, uint64_t length) {
         }
         const uint8_t value = kValues[static_cast<uint8_t>(text[at++])];
         if (value == kInvalid) continue;  // blanks and line ends: the text has been checked
-        if (value == kPadding) --group_size;
+        if (value == kPadding) group_bits -= 8;
         word = word << 6 | (value & 63);
         if (++gathered < 4) continue;
-        for (uint32_t i = 0; i < group_size; ++i)
-            *out++ = static_cast<uint8_t>(word >> (16 - 8 * i));
+        for (int bits = 16; bits > 16 - group_bits; bits -= 8) {
+            *out++ = static_cast<uint8_t>(word >> bits);
+        }
         gathered = 0;
     }
     return static_cast<uint64_t>(out - bytes);

@@ -75,7 +75,7 @@ void zt_md5_final(zt_md5_ctx_t *ctx, uint8_t digest[16]) {
     const uint32_t filled = buffered(ctx);
     zt_md5_update(ctx, PADDING, (filled < kCountAt ? kCountAt : kBlock + kCountAt) - filled);
     zt_md5_update(ctx, count, sizeof count);
-    for (uint32_t i = 0; i < 4; ++i) store32<std::endian::little>(digest + 4 * i, ctx->state[i]);
+    for (size_t i = 0; i < 4; ++i) store32<std::endian::little>(digest + 4 * i, ctx->state[i]);
 }
 
 void zt_md5(const void *data, uint32_t length, uint8_t digest[16]) {

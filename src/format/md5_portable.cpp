@@ -44,7 +44,7 @@ constexpr uint32_t word_index(uint32_t round, uint32_t step) {
 
 void transform(uint32_t state[4], const uint8_t *block) {
     uint32_t words[16];
-    for (uint32_t i = 0; i < 16; ++i) words[i] = load32<std::endian::little>(block + 4 * i);
+    for (size_t i = 0; i < 16; ++i) words[i] = load32<std::endian::little>(block + 4 * i);
     uint32_t a = state[0];
     uint32_t b = state[1];
     uint32_t c = state[2];

@@ -21,7 +21,7 @@ uint32_t mix(uint32_t t, uint32_t b, uint32_t c, uint32_t d) {
 
 void sha1_mac(const uint8_t block[64], uint8_t code[20]) {
     uint32_t w[80];
-    for (uint32_t t = 0; t < 16; ++t) w[t] = load32<std::endian::big>(block + 4 * t);
+    for (size_t t = 0; t < 16; ++t) w[t] = load32<std::endian::big>(block + 4 * t);
     for (uint32_t t = 16; t < 80; ++t) {
         w[t] = std::rotl(w[t - 3] ^ w[t - 8] ^ w[t - 14] ^ w[t - 16], 1);
     }
@@ -35,5 +35,5 @@ void sha1_mac(const uint8_t block[64], uint8_t code[20]) {
         a = sum;
     }
     const uint32_t worked[5] = {e, d, c, b, a};
-    for (uint32_t i = 0; i < 5; ++i) store32<std::endian::little>(code + 4 * i, worked[i]);
+    for (size_t i = 0; i < 5; ++i) store32<std::endian::little>(code + 4 * i, worked[i]);
 }

@@ -30,7 +30,7 @@ constexpr uint32_t big_sigma(uint32_t x, int rotate1, int rotate2, int rotate3) 
 
 void transform(uint32_t state[8], const uint8_t *block) {
     uint32_t w[64];
-    for (uint32_t t = 0; t < 16; ++t) w[t] = load32<std::endian::big>(block + 4 * t);
+    for (size_t t = 0; t < 16; ++t) w[t] = load32<std::endian::big>(block + 4 * t);
     for (uint32_t t = 16; t < 64; ++t) {
         w[t] = small_sigma(w[t - 2], 17, 19, 10) + w[t - 7] + small_sigma(w[t - 15], 7, 18, 3) +
                w[t - 16];
