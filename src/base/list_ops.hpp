@@ -36,6 +36,21 @@ inline void list_remove(zt_list_head_t *element) {
     list_init(element);
 }
 
+// Lets second follow first. For building a list anew, element by element: the head comes first, and
+// last once more.
+inline void list_join(zt_list_head_t *first, zt_list_head_t *second) {
+    first->next = second;
+    second->prev = first;
+}
+
+// Turns the elements of a list into a chain that runs through `next` alone and ends with null, and
+// returns its first one: null for an empty list. Until list_join has built the list again, its head
+// and the prev links are stale.
+inline zt_list_head_t *list_to_chain(zt_list_head_t *head) {
+    head->prev->next = nullptr;
+    return head->next;
+}
+
 }  // namespace zt::detail
 
 #endif  // ZT_SRC_BASE_LIST_OPS_HPP
