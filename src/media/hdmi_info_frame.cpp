@@ -79,7 +79,7 @@ bool zt_hdmi_info_frame_is_valid(const uint8_t *frame) {
 }
 
 bool zt_hdmi_info_frame_is_different(const uint8_t *first, const uint8_t *second) {
-    // The sizes as the headers have them: two over-long frames of different lengths do differ.
+    // First, so that nothing is read behind the end of the shorter one.
     if (size_in_header(first) != size_in_header(second)) return true;
     return zt_memcmp(first, second, size_of(first)) != 0;
 }
