@@ -29,6 +29,6 @@ function(zt_add_page_examples page)
   endif()
 endfunction()
 
-foreach(page IN ITEMS media)
+foreach(page IN ITEMS containers services formats media)
   zt_add_page_examples(${page})
 endforeach()
