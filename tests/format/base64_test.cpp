@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 #include <random>
 #include <string>
@@ -13,6 +14,8 @@
 #include "zt/md5.h"
 
 namespace {
+
+const std::string kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 std::string encode(const void *data, uint64_t length) {
     const Guarded room;
@@ -64,8 +67,7 @@ std::string significant(std::string text) {
         all += line;
     }
     const size_t padding = std::count(all.begin(), all.end(), '=');
-    const size_t data =
-        all.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+    const size_t data = all.find_first_not_of(kAlphabet);
     return padding > 2 || (data != std::string::npos && data + padding != all.size()) ? "!" : all;
 }
 
@@ -80,7 +82,7 @@ TEST(Base64, DecodesWhatTheGrammarAllows) {
             text += pieces[random() % (random() % 3 ? 8 : 14)];
         const std::string wanted = significant(text);
         uint64_t written = 99, needed = 99;
-        char bytes[99] = {}, mine[99] = {};
+        char bytes[99] = {};
         char *source = room.last(text.size());
         std::copy(text.begin(), text.end(), source);
         const zt_status_t status = zt_base64_decode(bytes, 98, &written, source, text.size());
@@ -90,20 +92,19 @@ TEST(Base64, DecodesWhatTheGrammarAllows) {
             ASSERT_EQ(bytes[0], 0);
             continue;
         }
-        uint32_t word = 0;
-        size_t n = 0, out = 0, size = 3;
+        std::string bits, mine;  // six for each character, eight for each byte of a whole group
         for (const char c : wanted) {
-            static const std::string alphabet =
-                "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-            word = word << 6 | (c == '=' ? 0 : static_cast<uint32_t>(alphabet.find(c)));
-            size -= c == '=';
-            if (++n % 4 != 0) continue;
-            for (size_t i = 0; i < size; ++i) mine[out++] = static_cast<char>(word >> (16 - 8 * i));
+            bits += std::bitset<6>(c == '=' ? 0 : kAlphabet.find(c)).to_string();
         }
-        ASSERT_EQ(std::string(bytes, written), std::string(mine, out)) << "'" << text << "'";
-        const uint64_t size_asked = (6 * n + 7) / 8 - std::count(wanted.begin(), wanted.end(), '=');
+        const size_t n = wanted.size(), whole = n / 4 * 4;
+        for (size_t at = 0; at < whole * 6; at += 8) {
+            mine += static_cast<char>(std::bitset<8>(bits, at, 8).to_ulong());
+        }
+        mine.resize(mine.size() - std::count(wanted.begin(), wanted.begin() + whole, '='));
+        ASSERT_EQ(std::string(bytes, written), mine) << "'" << text << "'";
+        const uint64_t asked = (6 * n + 7) / 8 - std::count(wanted.begin(), wanted.end(), '=');
         ASSERT_EQ(zt_base64_decode(nullptr, 98, &needed, text.data(), text.size()), n ? 8 : 0);
-        ASSERT_EQ(needed, n ? size_asked : 0);
+        ASSERT_EQ(needed, n ? asked : 0);
     }
 }
 
