@@ -85,68 +85,51 @@ TEST(JsonFmt, EveryFormIsAsDocumented) {
     EXPECT_EQ(zt_json_fmt_open_file(&untouched, "/nowhere/x"), 13);
 }
 
-TEST(JsonFmt, TooDeepIsLeftOutAndBlobsStream) {
+TEST(JsonFmt, TooDeepIsLeftOut) {
     Writer writer;
     zt_json_fmt_t *const fmt = &writer.fmt;
-    std::vector<uint8_t> blob(385);
+    std::string expected;
     for (int i = 0; i < 40; ++i) zt_json_fmt_open_array(fmt, nullptr);
-    zt_json_fmt_add_blob_b64(fmt, nullptr, blob.data(), blob.size());
+    zt_json_fmt_add_blob_b64(fmt, nullptr, "deep", 4);
     for (int i = 0; i < 9; ++i) zt_json_fmt_close_array(fmt);
-    zt_json_fmt_add_blob_b64(fmt, nullptr, blob.data(), blob.size());
-    for (int i = 0; i < 40; ++i) zt_json_fmt_close_object(fmt);
-    const std::string text = writer.finish();
-    EXPECT_EQ(std::count(text.begin(), text.end(), '['), 31);
-    EXPECT_EQ(std::count(text.begin(), text.end(), '}'), 31);
-    const std::string innermost =
-        "\n" + std::string(31, '\t') + "\"" + std::string(514, 'A') + "==\"\n";
-    EXPECT_NE(text.find(innermost), std::string::npos) << text;
+    zt_json_fmt_add_bool(fmt, nullptr, true);
+    for (int i = 0; i < 40; ++i) zt_json_fmt_close_array(fmt);
+    for (int i = 0; i < 31; ++i) expected += std::string(i, '\t') + "[\n";
+    expected += std::string(31, '\t') + "true";
+    for (int i = 30; i >= 0; --i) expected += "\n" + std::string(i, '\t') + "]";
+    EXPECT_EQ(writer.finish(), expected);
 }
 
-// Writes a random document and, beside it, what the parser must find in it, in order.
-void random_value(zt_json_fmt_t *fmt, const char *name, std::mt19937 &random, std::string *found) {
-    const uint32_t kind = fmt->depth < 1 ? 3 : random() % (fmt->depth < 6 ? 5 : 3);
-    const std::string text(kind == 2 ? random() % 1200 : 0, 'x');
-    if (kind == 0) zt_json_fmt_add_int32(fmt, name, -7);
-    if (kind == 1) zt_json_fmt_add_string(fmt, name, "text");
-    if (kind == 2) zt_json_fmt_add_blob_b64(fmt, name, text.data(), text.size());
-    *found += kind == 0   ? "-7 "
-              : kind == 1 ? "text "
-              : kind == 3 ? "{ "
-              : kind == 4 ? "[ "
-                          : std::to_string((text.size() + 2) / 3 * 4) + "c ";
+void random_value(zt_json_fmt_t *fmt, const char *name, std::mt19937 &random) {
+    const uint32_t kind = fmt->depth < 1 ? 3 : random() % (fmt->depth < 6 ? 6 : 3);
+    const std::string bytes(random() % 1200, 'x');
+    if (kind == 0) zt_json_fmt_add_int64(fmt, name, static_cast<int32_t>(random()));
+    if (kind == 1) zt_json_fmt_add_bool(fmt, name, random() % 2 == 0);
+    if (kind == 2) zt_json_fmt_add_blob_b64(fmt, name, bytes.data(), bytes.size());
     if (kind < 3) return;
-    kind == 3 ? zt_json_fmt_open_object(fmt, name) : zt_json_fmt_open_array(fmt, name);
-    for (uint32_t i = random() % 6; i > 0; --i) {
-        const std::string key = "k" + std::to_string(i);
-        random_value(fmt, kind == 3 ? key.c_str() : nullptr, random, found);
+    const bool object = random() % 2 == 0;
+    object ? zt_json_fmt_open_object(fmt, name) : zt_json_fmt_open_array(fmt, name);
+    for (uint32_t i = 1 + random() % 5; i > 0; --i) {
+        random_value(fmt, object ? std::to_string(i).c_str() : nullptr, random);
     }
-    kind == 3 ? zt_json_fmt_close_object(fmt) : zt_json_fmt_close_array(fmt);
+    object ? zt_json_fmt_close_object(fmt) : zt_json_fmt_close_array(fmt);
 }
 
-TEST(JsonFmt, AParserReadsBackWhatWasWritten) {
-    constexpr char kWalk[] =
-        "import json,sys\n"
-        "def walk(v):\n"
-        " if isinstance(v,(dict,list)):\n"
-        "  print('{' if isinstance(v,dict) else '[',end=' ')\n"
-        "  for x in (v.values() if isinstance(v,dict) else v): walk(x)\n"
-        " else:\n"
-        "  blob=isinstance(v,str) and v!='text'\n"
-        "  print(str(len(v))+'c' if blob else v,end=' ')\n"
-        "for p in sys.argv[1:]: walk(json.load(open(p)))\n";
-    if (std::system("python3 -c 1 2>/dev/null") != 0) GTEST_SKIP() << "no python3";
+// Python parses each document and writes it again, indented by tabs: the same bytes must come out.
+TEST(JsonFmt, PythonWritesWhatItReads) {
+    std::string command =
+        "python3 -c 'import json,sys\n"
+        "for p in sys.argv[1:]:\n"
+        "  t=open(p).read()\n"
+        "  assert json.dumps(json.loads(t),indent=chr(9))==t,p'";
     std::mt19937 random(31);
-    std::vector<Writer> writers(42);  // the first two for the script and its output
-    std::string found, command = "python3";
+    std::vector<Writer> writers(60);
     for (Writer &writer : writers) {
-        if (&writer > &writers[1]) random_value(&writer.fmt, nullptr, random, &found);
+        random_value(&writer.fmt, nullptr, random);
         writer.finish();
-        if (&writer != &writers[1]) command += std::string(" ") + writer.path;
+        command += std::string(" ") + writer.path;
     }
-    std::ofstream(writers[0].path) << kWalk;
-    command += std::string(" >") + writers[1].path;
-    ASSERT_EQ(std::system(command.c_str()), 0) << "seed 31";
-    EXPECT_EQ(contents(writers[1].path), found) << "seed 31";
+    EXPECT_EQ(std::system(command.c_str()), 0) << "seed 31";
 }
 
 }  // namespace
