@@ -6,7 +6,7 @@
  *
  *     *** Thread: worker ***
  *     backtrace() returned 7 addresses
- *     Frame 0:  /usr/lib/libzt_base.so.0(zt_backtrace+0x1d) [0x7f52c01d]
+ *     Frame 0:  /usr/lib/libzt_base.so.0(+0x3df7) [0x7f8004995df7]
  *     ...
  *
  * and a crash as
