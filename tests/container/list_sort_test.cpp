@@ -23,7 +23,7 @@ static int32_t compare(void *context, zt_list_head_t *first, zt_list_head_t *sec
 // Sorted, reversed, random and often equal keys. The last merge is of the top run, a power of two
 // (or a multiple of 2^19) elements, and all others: 1,624 sorted ones leave 600 at its end.
 TEST(ListSort, SortsStablyAndCallsForEvery256thOfTheRemainder) {
-    std::vector<uint32_t> sizes = {256, 511, 512, 600, 1000, 1024, 1624, 5000, (3 << 19) + 3};
+    std::vector<uint32_t> sizes = {256, 511, 512, 600, 1000, 1024, 1624, 5000, (7 << 18) + 3};
     for (uint32_t size = 0; size < 70; ++size) sizes.push_back(size);
     std::mt19937 random(1);
     for (size_t test = 0; test < 4 * sizes.size(); ++test) {
