@@ -7,21 +7,19 @@
 #include <random>
 #include <vector>
 
-namespace {
-
 struct Record : zt_heap_node_t {
     uint32_t key;
 };
 
 // Whoever looks at 8 or 16 bits of the result sees a heap of equal keys.
-int32_t less(zt_heap_node_t *first, zt_heap_node_t *second) {
+static int32_t less(zt_heap_node_t *first, zt_heap_node_t *second) {
     return 65536 * (static_cast<Record *>(first)->key < static_cast<Record *>(second)->key);
 }
 
 // A heap in an array that swaps its nodes as textbooks do: the node at position k, null where none is.
 using Model = std::vector<zt_heap_node_t *>;
 
-void sift(Model &at, size_t k) {
+static void sift(Model &at, size_t k) {
     size_t top = k;
     if (at[2 * k] && less(at[2 * k], at[top])) top = 2 * k;
     if (at[2 * k + 1] && less(at[2 * k + 1], at[top])) top = 2 * k + 1;
@@ -42,7 +40,6 @@ TEST(Heap, HasTheShapeOfAnArrayHeap) {
     Model at(2 * size + 2);
     std::vector<Record> records(size);
     for (uint32_t step = 0; step < 20 * size && !HasFailure(); ++step) {
-        SCOPED_TRACE(testing::Message() << "step " << step);
         if (step == 10 * size) heap = {}, count = 0, at.assign(26, nullptr), records.assign(12, {});
         Record *node = &records[random() % records.size()];
         const Record before = *node;
@@ -64,11 +61,8 @@ TEST(Heap, HasTheShapeOfAnArrayHeap) {
         }
         if (heap.root == nullptr) zt_heap_dequeue(&heap, nullptr);
         EXPECT_TRUE(heap.root == at[1] && heap.count == count);
-        for (size_t k = 1; k <= count; ++k) {
+        for (size_t k = 1; k <= count; ++k)
             EXPECT_TRUE(at[k]->in_heap == 1 && at[k]->parent == at[k / 2] &&
                         at[k]->left == at[2 * k] && at[k]->right == at[2 * k + 1]);
-        }
     }
 }
-
-}  // namespace
