@@ -1,113 +1,74 @@
+// Random lives of clients on a simulated clock, what happens between the two looks of a check, reuse.
 // SPDX-License-Identifier: MIT
 #include "zt/watchdog.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <random>
 
 #include "zt/time.h"
 
-// Stand in for the library's own: weeks pass at once, a reading of the clock can change the world,
-// and there may be no lock to be had.
-uint64_t g_now = 0;
-std::function<void()> g_at_reading;
-bool g_no_lock = false;
-
-uint64_t zt_time_get_ms() { return g_at_reading ? g_at_reading() : void(), g_now; }
-zt_status_t zt_mutex_init(zt_mutex_t *mutex) {
-    return g_no_lock ? ZT_STATUS_OUT_OF_MEMORY : zt_mutex_init_ex(mutex, true, false);
-}
+// Stands in for the library's own: weeks pass at once, and a reading can change the world.
+uint64_t g_now = 0x1'0000'0000 - 500;  // the low half is about to wrap
+std::function<void()> g_at_reading = [] {};
+uint64_t zt_time_get_ms() { return g_at_reading(), g_now; }
 
 namespace {
 
-constexpr int kEnd = -1, kFed = -2, kClosed = -3;  // what can happen besides an entry's number
-using Seen = std::vector<int>;
+constexpr size_t kEnd = 10, kFed = 11, kClosed = 12;  // what can happen besides an entry's number
+using Seen = std::vector<size_t>;
 Seen g_seen;
-std::function<void(size_t)> g_at_expiry;
+std::function<void(size_t)> g_at_event;
+zt_watchdog_mgr_t g_mgr;
 
-void on_expired(zt_watchdog_mgr_t *mgr, zt_watchdog_t *entry) {
-    EXPECT_EQ(mgr->lock.mutex.__data.__owner != 0, entry != nullptr) << "locked";
-    g_seen.push_back(entry != nullptr ? static_cast<int>(entry->user) : kEnd);
-    if (entry != nullptr && g_at_expiry) g_at_expiry(entry->user);
+zt_status_t see(size_t what) {
+    EXPECT_EQ(g_mgr.lock.mutex.__data.__owner != 0, what < kEnd) << "locked for entries only";
+    return g_seen.push_back(what), g_at_event(what), 1;
 }
+void on_expired(zt_watchdog_mgr_t *, zt_watchdog_t *entry) { see(entry ? entry->user : kEnd); }
+zt_hw_watchdog_t g_hw = {[](auto, int flag) { return 1000 + flag; }, [](auto) { return see(kFed); },
+                         [](auto) { return see(kClosed); }};
+Seen check() { return g_seen.clear(), zt_watchdog_mgr_check(&g_mgr), g_seen; }
 
-struct Watchdogs : testing::Test {
-    zt_hw_watchdog_t hw = {[](zt_hw_watchdog_t *, int flag) { return 1000 + flag; },
-                           [](zt_hw_watchdog_t *) { return g_seen.push_back(kFed), 1; },
-                           [](zt_hw_watchdog_t *) { return g_seen.push_back(kClosed), 1; }};
-    zt_watchdog_mgr_t mgr = ZT_WATCHDOG_MGR_INIT(mgr, on_expired);
-    zt_watchdog_t entries[4] = {};  // zeroed counts as not registered
-
-    Watchdogs() { EXPECT_EQ(zt_watchdog_mgr_create(&mgr, &hw), 0); }
-    ~Watchdogs() override { g_at_reading = nullptr, g_at_expiry = nullptr; }
-    void add(size_t i, int32_t timeout) { zt_watchdog_register(&mgr, &entries[i], i, timeout); }
-    Seen check() { return g_seen.clear(), zt_watchdog_mgr_check(&mgr), g_seen; }
-};
-
-// Against a list of who is registered since when. Reported entries may leave on the spot.
-TEST_F(Watchdogs, ReportTheOverdueInOrderOrFeedTheHardware) {
+TEST(Watchdog, ReportsTheOverdueInOrderOrFeedsTheHardware) {
     constexpr int32_t kTimeouts[] = {INT32_MIN, -1, 0, 1, 999, 1000, 86'400'000, INT32_MAX};
     constexpr uint64_t kSteps[] = {0, 0, 0, 1, 499, 999, 2'160'000'000, INT32_MAX, 0x1'0000'0000};
     std::mt19937 random(20240229);
-    std::vector<size_t> order;
-    uint64_t last[4] = {};
-    int32_t timeout[4] = {};
-    const auto leave = [&](size_t i) {
-        EXPECT_EQ(zt_watchdog_unregister(&mgr, &entries[i]), 0);
-        std::erase(order, i);
-    };
-    g_at_expiry = [&](size_t i) { random() % 4 == 0 ? leave(i) : void(); };
-    g_now = 0x1'0000'0000 - 500;  // the low half is about to wrap
+    zt_watchdog_t all[4] = {};  // zeroed counts as not registered
+    int64_t last[4], timeout[4], readings = 0;
+    Seen order;  // who is registered
+    const auto add = [&](size_t i, int ms) { zt_watchdog_register(&g_mgr, &all[i], i, ms); };
+    const auto leave = [&](size_t i) { erase(order, i), zt_watchdog_unregister(&g_mgr, &all[i]); };
+    g_at_event = [&](size_t i) { random() % 4 == 0 && i < kEnd ? leave(i) : void(); };
+    g_mgr = ZT_WATCHDOG_MGR_INIT(g_mgr, on_expired);
+    ASSERT_EQ(zt_watchdog_mgr_create(&g_mgr, &g_hw), 0);
     for (int step = 0; step < 20'000; ++step, g_now += kSteps[random() % std::size(kSteps)]) {
-        const size_t i = random() % std::size(entries);
-        if (std::find(order.begin(), order.end(), i) == order.end()) {
-            order.push_back(i);
-            last[i] = g_now;
-            add(i, timeout[i] = kTimeouts[random() % std::size(kTimeouts)]);
-        } else if (random() % 2 == 0) {
-            last[i] = g_now;
-            zt_watchdog_keep_alive(&entries[i]);
-        } else {
-            leave(i), leave(i);
-        }
-        Seen want;
-        for (const size_t c : order) {
-            const bool overdue =
-                timeout[c] <= 0 || (g_now - last[c]) / static_cast<uint32_t>(timeout[c]) > 0;
-            if (overdue) want.push_back(static_cast<int>(c));
-        }
+        const size_t i = random() % 4, dice = random() % 3;
+        const bool is_new = std::count(order.begin(), order.end(), i) == 0;
+        last[i] = g_now;
+        if (dice == 0) leave(i);
+        if (dice != 0 && is_new) order.push_back(i), add(i, timeout[i] = kTimeouts[random() % 8]);
+        if (dice != 0 && !is_new) zt_watchdog_keep_alive(&all[i]);
+        Seen want = order;
+        std::erase_if(want, [&](size_t c) { return int64_t(g_now) - last[c] < timeout[c]; });
         want.push_back(want.empty() ? kFed : kEnd);
         ASSERT_EQ(check(), want) << "step " << step;
     }
-}
-
-// The first look ends at the first overdue entry; what its reading does, the second look sees.
-TEST_F(Watchdogs, LookTwiceAndReadTheClockForEachEntry) {
-    int readings = 0;
+    // The end, and a second life, at first with neither hardware nor callback.
+    EXPECT_EQ(zt_watchdog_mgr_enable_hw(&g_mgr, -128), 1000 - 128);
+    zt_watchdog_mgr_destroy(&g_mgr), zt_watchdog_mgr_destroy(nullptr);
+    EXPECT_EQ(g_seen.back(), kClosed);
+    EXPECT_EQ(zt_watchdog_mgr_create(&g_mgr, nullptr), 0);
+    EXPECT_EQ(zt_watchdog_mgr_enable_hw(&g_mgr, 1) + zt_watchdog_mgr_enable_hw(nullptr, 1), 0);
     add(0, 10), add(1, 10);
-    g_now += 10;
-    g_at_reading = [&] { entries[1].last_alive_ms += ++readings == 2 ? 1 : 0; };
+    for (int i = 0; i < 2; ++i, g_now += 10) EXPECT_EQ(check(), Seen{}) << "alive, then overdue";
+    // The first look ends at the first overdue entry, the second reads the clock for each.
+    g_mgr.expired_cb = on_expired, g_at_reading = [&] { g_now -= ++readings == 3 ? 15 : 0; };
     EXPECT_EQ(check(), (Seen{0, kEnd}));
-    EXPECT_EQ(readings, 3);
-    g_at_reading = [&] { g_now -= ++readings == 5 ? 10 : 0; };
+    g_now += 15, readings = 1;
     EXPECT_EQ(check(), Seen{kEnd}) << "all alive at the second look";
-}
-
-TEST_F(Watchdogs, AreZeroedByTheDestructionAndReadyForReuse) {
-    EXPECT_EQ(zt_watchdog_mgr_enable_hw(&mgr, -128), 1000 - 128);
-    g_seen.clear();
-    zt_watchdog_mgr_destroy(&mgr);
-    EXPECT_EQ(g_seen, Seen{kClosed});
-    EXPECT_TRUE(mgr.hw == nullptr && mgr.expired_cb == nullptr && !mgr.lock.initialized);
-    g_no_lock = true;
-    EXPECT_EQ(zt_watchdog_mgr_create(&mgr, &hw), ZT_STATUS_OUT_OF_MEMORY);
-    EXPECT_EQ(zt_watchdog_mgr_enable_hw(&mgr, 1) + zt_watchdog_mgr_enable_hw(nullptr, 1), 0);
-    g_no_lock = false;
-    EXPECT_EQ(zt_watchdog_mgr_create(&mgr, nullptr), 0);
-    EXPECT_EQ(check(), Seen{}) << "no hardware";
-    add(0, 0);
-    EXPECT_EQ(check(), Seen{}) << "no callback";
-    zt_watchdog_mgr_destroy(nullptr);
 }
 
 }  // namespace
