@@ -51,7 +51,7 @@ TEST(Queue, CreatesWholeOrNotAtAllAndAgreesWithAModel) {
     std::vector<void *> model;
     size_t capacity = 3;
     bool canceled = false;
-    for (uintptr_t step = 1; step < 50'000; ++step) {
+    for (uintptr_t step = 1; step < 30'000; ++step) {
         const size_t size = model.size(), at = random() % (size + 1), op = random() % 10;
         std::vector<zt_queue_node_t *> nodes;  // of the items; the head is like one behind them
         for (auto *link = queue.items.next; nodes.size() <= size; link = link->next) {
