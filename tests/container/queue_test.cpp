@@ -51,7 +51,7 @@ TEST(Queue, CreatesWholeOrNotAtAllAndAgreesWithAModel) {
     std::vector<void *> model;
     size_t capacity = 3;
     bool canceled = false;
-    for (uintptr_t step = 1; step < 50'000; ++step) {
+    for (uintptr_t step = 1; step < 30'000; ++step) {
         const size_t size = model.size(), at = random() % (size + 1), op = random() % 10;
         std::vector<zt_queue_node_t *> nodes;  // of the items; the head is like one behind them
         for (auto *link = queue.items.next; nodes.size() <= size; link = link->next) {
@@ -112,9 +112,9 @@ TEST(Queue, CreatesWholeOrNotAtAllAndAgreesWithAModel) {
 TEST(Queue, WakesWhoeverCanGoOn) {
     std::mt19937 random(11);
     const uint64_t start = zt_time_get_ms();
-    for (uint64_t age = 0; age < 6'000; age = zt_time_get_ms() - start) {
+    for (uint64_t age = 0; age < 5'400; age = zt_time_get_ms() - start) {
         const bool consumers = random() % 2;
-        const int n = age < 2'000 ? 2 : age < 4'000 ? 8 : 32;
+        const int n = age < 1'800 ? 2 : age < 3'600 ? 8 : 32;
         zt_queue_t queue;
         ASSERT_EQ(zt_queue_create(&queue, 0), 0);
         const auto move = [&](bool get, int32_t timeout_ms) {
