@@ -61,7 +61,7 @@ std::string_view ini_find(const zt_ini_reader_t *reader, const char *section, co
             const std::string_view whole(line, zt_strlen(line));
             if (is_header(whole)) {
                 if (inside) break;
-                inside = whole.substr(1, whole.size() - 2) == wanted;
+                inside = std::string_view(line + 1, whole.size() - 2) == wanted;
                 continue;
             }
         }
