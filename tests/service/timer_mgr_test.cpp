@@ -9,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <random>
-#include <ranges>
 
 namespace {
 
@@ -29,7 +28,10 @@ void simulate(uint64_t start) {
     zt_timer_mgr_t manager = kNewManager;
     std::unique_ptr<zt_timer_t> timers[300];
     std::map<zt_timer_t *, uint64_t> due = {{nullptr, UINT64_MAX}};
-    const auto earliest = [&] { return std::ranges::min(std::views::values(due)); };
+    const auto earliest = [&] {
+        const auto sooner = [](const auto &a, const auto &b) { return a.second < b.second; };
+        return std::min_element(due.begin(), due.end(), sooner)->second;
+    };
     uint64_t processed_at = g_now = start;
     const auto schedule = [&](zt_timer_t *timer) {
         const uint32_t delay = 1 + (random() % 50 == 0 ? UINT32_MAX - 1 : random() % 1000);
