@@ -39,7 +39,7 @@ namespace alloc_faults {
 
 void fail_at(uint64_t n, Mode mode) {
     g_from_then_on = mode == Mode::kFromThenOn;
-    g_countdown = static_cast<int64_t>(n);
+    g_countdown = n > 0 ? static_cast<int64_t>(n) : INT64_MAX;
 }
 
 bool disarm() { return g_countdown.exchange(INT64_MAX) < 1; }
