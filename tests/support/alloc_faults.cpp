@@ -10,20 +10,13 @@
 
 namespace {
 
-std::atomic<uint64_t> g_countdown{0};  // 0: not armed
+std::atomic<int64_t> g_countdown{INT64_MAX};  // the allocation that brings it from 1 to 0 fails
 std::atomic<bool> g_from_then_on{false};
-std::atomic<bool> g_failed{false};
 std::atomic<int64_t> g_live{0};
 
 bool fails_now() {
-    uint64_t left = g_countdown.load();
-    while (left > 1) {
-        if (g_countdown.compare_exchange_weak(left, left - 1)) return false;
-    }
-    if (left == 0) return false;
-    if (!g_from_then_on) g_countdown = 0;
-    g_failed = true;
-    return true;
+    const int64_t left = g_countdown.fetch_sub(1);
+    return g_from_then_on ? left <= 1 : left == 1;
 }
 
 void *counted(void *ptr) {
@@ -45,15 +38,11 @@ void zt_free(void *ptr) {
 namespace alloc_faults {
 
 void fail_at(uint64_t n, Mode mode) {
-    g_failed = false;
     g_from_then_on = mode == Mode::kFromThenOn;
-    g_countdown = n;
+    g_countdown = n > 0 ? static_cast<int64_t>(n) : INT64_MAX;
 }
 
-bool disarm() {
-    g_countdown = 0;
-    return g_failed;
-}
+bool disarm() { return g_countdown.exchange(INT64_MAX) < 1; }
 
 int64_t live() { return g_live; }
 
@@ -61,8 +50,7 @@ uint64_t fail_each(void (*body)()) {
     uint64_t injected = 0;
     for (const Mode mode : {Mode::kOnce, Mode::kFromThenOn}) {
         for (uint64_t n = 1;; ++n) {
-            SCOPED_TRACE(testing::Message() << "allocation " << n << " fails, from then on: "
-                                            << (mode == Mode::kFromThenOn));
+            SCOPED_TRACE(testing::Message() << "allocation " << n << ", mode " << int(mode));
             const int64_t before = live();
             fail_at(n, mode);
             body();

@@ -10,7 +10,7 @@ namespace alloc_faults {
 
 enum class Mode { kOnce, kFromThenOn };
 
-// Lets the n-th allocation from now (counted from 1) fail, alone or with all later ones.
+// Lets the n-th allocation from now (counted from 1; 0: none) fail, alone or with all later ones.
 void fail_at(uint64_t n, Mode mode);
 
 // No allocation fails any more. True when one has failed since fail_at.
