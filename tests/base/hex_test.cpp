@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "zt/hex.h"
 
-#include <gtest/gtest.h>
 #include <syslog.h>
-#include <unistd.h>
 
-#include "support/capture.hpp"
-#include "support/guarded.hpp"
+#include "support/test.hpp"
 
 namespace {
 

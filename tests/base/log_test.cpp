@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "zt/log.h"
 
-#include <gtest/gtest.h>
 #include <sys/time.h>
 #include <syslog.h>
-#include <unistd.h>
 
-#include <atomic>
-#include <map>
-#include <random>
-#include <thread>
-
-#include "support/capture.hpp"
+#include "support/test.hpp"
 
 extern "C" void log_all_levels(int *count);
 ZT_LOGGING_CATEGORY_DECLARE(sample_c);

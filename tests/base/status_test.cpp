@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/status.h"
 
-#include <gtest/gtest.h>
-
-#include "support/alloc_faults.hpp"
-#include "support/capture.hpp"
+#include "support/test.hpp"
 
 namespace {
 

@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/string.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstring>
-#include <random>
-
-#include "support/guarded.hpp"
+#include "support/test.hpp"
 
 static size_t g_huge_length = 0;  // unless 0: what zt_strlen says of a text that starts with 'h'
 static std::string g_command;     // what the last call of system() was to run

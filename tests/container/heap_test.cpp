@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/heap.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-#include <vector>
+#include "support/test.hpp"
 
 struct Record : zt_heap_node_t {
     uint32_t key;

@@ -1,15 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/heap_window.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <deque>
-#include <random>
-#include <string>
-
-#include "support/alloc_faults.hpp"
+#include "support/test.hpp"
 
 // Items are ranked by their first byte. Whoever looks at 8 or 16 bits of the result takes them all
 // for equal.

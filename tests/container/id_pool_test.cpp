@@ -2,13 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/id_pool.h"
 
-#include <gtest/gtest.h>
-
-#include <map>
-#include <random>
-
-#include "support/alloc_faults.hpp"
-#include "support/threads.hpp"
+#include "support/test.hpp"
 
 // Ids come from around the counter's restart, so that live ones stand in its way. The model's counter
 // is slow and obvious: the first number from `next` on that is not in the map.

@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/list_sort.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <bit>
-#include <random>
-#include <vector>
+#include "support/test.hpp"
 
 struct Element : zt_list_head_t {
     uint64_t key;  // the part that is compared, above the place in the unsorted list

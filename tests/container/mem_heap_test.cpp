@@ -2,12 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/mem_heap.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
-#include "support/alloc_faults.hpp"
-#include "support/threads.hpp"
+#include "support/test.hpp"
 
 // Checks that the blocks cover the region in order, add up to the sizes, and that no two free ones are
 // neighbours. Returns the first free block of need bytes, or null.

@@ -3,17 +3,11 @@
 #include "zt/queue.h"
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
-#include <atomic>
-#include <random>
-#include <thread>
-#include <vector>
-
-#include "support/alloc_faults.hpp"
 #include "zt/time.h"
+
+#include "support/test.hpp"
 
 static int g_failing_step, g_pester = 1;  // of a creation, counts down; every wait ends at once
 static std::atomic<int> g_sleeps;         // waits begun

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/rbtree.h"
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <map>
-#include <random>
+#include "support/test.hpp"
 
 struct Record : zt_rbtree_node_t {
     uint32_t key;

@@ -3,12 +3,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/ring_buf.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <deque>
-#include <random>
-#include <vector>
+#include "support/test.hpp"
 
 static uint32_t g_threshold;
 

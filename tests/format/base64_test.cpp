@@ -2,15 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "zt/base64.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <random>
-#include <string>
-
-#include "support/guarded.hpp"
 #include "zt/md5.h"
+
+#include "support/test.hpp"
 
 namespace {
 

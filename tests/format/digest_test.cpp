@@ -1,17 +1,12 @@
 // CRCs, MD5 and SHA-256: every length from 0 to 300 at changing alignment against digests of all the
 // digests, made with Python's hashlib and binascii; pieces; the vectors that those do not cover.
 // SPDX-License-Identifier: MIT
-#include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstring>
-#include <random>
-#include <string>
-
-#include "support/guarded.hpp"
 #include "zt/crc.h"
 #include "zt/md5.h"
 #include "zt/sha.h"
+
+#include "support/test.hpp"
 
 namespace {
 

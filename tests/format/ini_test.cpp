@@ -2,20 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/ini.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include "support/alloc_faults.hpp"
-#include "support/guarded.hpp"
+#include "support/test.hpp"
 
 namespace {
 

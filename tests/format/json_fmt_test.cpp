@@ -2,15 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/json_fmt.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <fstream>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
+#include "support/test.hpp"
 
 namespace {
 

@@ -2,10 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/fourcc.h"
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <map>
+#include "support/test.hpp"
 
 namespace {
 

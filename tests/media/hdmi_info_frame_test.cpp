@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/hdmi_info_frame.h"
 
-#include <gtest/gtest.h>
-
-#include "support/guarded.hpp"
+#include "support/test.hpp"
 
 namespace {
 

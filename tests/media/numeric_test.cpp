@@ -2,13 +2,12 @@
 // SPDX-License-Identifier: MIT
 #include "zt/numeric.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <numeric>
-#include <random>
 
 #include "zt/flash.h"
+
+#include "support/test.hpp"
 
 namespace {
 

@@ -2,11 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/tsw.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
-#include "support/alloc_faults.hpp"
+#include "support/test.hpp"
 
 namespace {
 

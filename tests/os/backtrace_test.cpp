@@ -4,9 +4,9 @@
 #include <execinfo.h>
 #include <malloc.h>
 
-#include "support/capture.hpp"
-#include "support/threads.hpp"
 #include "zt/thread.h"
+
+#include "support/test.hpp"
 
 namespace {
 

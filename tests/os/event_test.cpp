@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "zt/event.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
-#include <thread>
-#include <vector>
-
-#include "support/alloc_faults.hpp"
 #include "zt/time.h"
+
+#include "support/test.hpp"
 
 static std::vector<int> g_interrupts;  // that many polls are interrupted, after so long each
 static std::vector<int> g_polled;      // time-outs given to poll, which never lets one pass

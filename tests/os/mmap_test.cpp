@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/mmap.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/mman.h>
+#include "support/test.hpp"
 
 // Files of a size that end in 'z', with standard input closed for even sizes, so that the file would
 // come out as descriptor 0; -1: no such file.

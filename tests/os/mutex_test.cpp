@@ -2,13 +2,12 @@
 // SPDX-License-Identifier: MIT
 #include "zt/mutex.h"
 
-#include <gtest/gtest.h>
 #include <sys/syscall.h>
-
-#include <thread>
 
 #include "zt/ids.h"
 #include "zt/time.h"
+
+#include "support/test.hpp"
 
 // Stand in for the C library's.
 bool g_no_type = false;

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "zt/thread.h"
 
-#include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/resource.h>
 
-#include <thread>
-
-#include "support/alloc_faults.hpp"
 #include "zt/ids.h"
+
+#include "support/test.hpp"
 
 thread_local int g_nice = 99;  // in place of the C library's, which may not do what is asked
 int setpriority(__priority_which_t which, id_t who, int nice) noexcept {

@@ -3,15 +3,10 @@
 // SPDX-License-Identifier: MIT
 #include "zt/ntf_mgr.h"
 
-#include <gtest/gtest.h>
-
-#include <map>
 #include <mutex>
-#include <random>
 #include <shared_mutex>
 
-#include "support/alloc_faults.hpp"
-#include "support/threads.hpp"
+#include "support/test.hpp"
 
 namespace {
 

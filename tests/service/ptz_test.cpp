@@ -2,16 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "zt/ptz.h"
 
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cstring>
-#include <functional>
-#include <random>
-
-#include "support/alloc_faults.hpp"
-#include "support/threads.hpp"
 #include "zt/ptz_internal.h"
+
+#include "support/test.hpp"
 
 namespace {
 

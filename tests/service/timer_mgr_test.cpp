@@ -2,13 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "zt/timer_mgr.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <map>
-#include <memory>
-#include <random>
+#include "support/test.hpp"
 
 namespace {
 

@@ -2,13 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "zt/watchdog.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <random>
-
 #include "zt/time.h"
+
+#include "support/test.hpp"
 
 // Stands in for the library's own: weeks pass at once, and a reading can change the world.
 uint64_t g_now = 0x1'0000'0000 - 500;  // the low half is about to wrap
