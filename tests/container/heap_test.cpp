@@ -17,8 +17,8 @@ using Model = std::vector<zt_heap_node_t *>;
 
 static void sift(Model &at, size_t k) {
     size_t top = k;
-    if (at[2 * k] && less(at[2 * k], at[top])) top = 2 * k;
-    if (at[2 * k + 1] && less(at[2 * k + 1], at[top])) top = 2 * k + 1;
+    for (size_t child : {2 * k, 2 * k + 1})
+        if (at[child] && less(at[child], at[top])) top = child;
     if (top == k && k > 1 && less(at[k], at[k / 2])) top = k / 2;
     if (top == k) return;
     std::swap(at[k], at[top]);
@@ -39,26 +39,25 @@ TEST(Heap, HasTheShapeOfAnArrayHeap) {
         if (step == 10 * size) heap = {}, count = 0, at.assign(26, nullptr), records.assign(12, {});
         Record *node = &records[random() % records.size()];
         const Record before = *node;
-        zt_heap_node_t *last = before.in_heap != 0 ? at[count] : node;
+        zt_heap_node_t *last = before.in_heap ? at[count] : node;
         const auto compare = node != last ? less : nullptr;
         if (random() % size < step % size) {
-            if (before.in_heap == 0) node->key = random() % 100;
-            zt_heap_insert(&heap, node, before.in_heap == 0 ? less : nullptr);
-            if (before.in_heap == 0) at[++count] = node, sift(at, count);
+            if (!before.in_heap) node->key = random() % 100, at[++count] = node, sift(at, count);
+            zt_heap_insert(&heap, node, before.in_heap ? nullptr : less);
         } else {
-            node == heap.root ? zt_heap_dequeue(&heap, compare)
-                              : zt_heap_remove(&heap, node, compare);
-            EXPECT_TRUE(node->in_heap == 0 && node->parent == before.parent &&
-                        node->left == (before.left == last ? nullptr : before.left) &&
-                        node->right == (before.right == last ? nullptr : before.right));
-            const auto place = std::find(at.begin(), at.end(), node);
-            if (before.in_heap != 0) *place = last, at[count--] = nullptr;
-            if (node != last) sift(at, static_cast<size_t>(place - at.begin()));
+            if (node == heap.root) zt_heap_dequeue(&heap, compare);
+            zt_heap_remove(&heap, node, compare);
+            EXPECT_TRUE(!node->in_heap && node->parent == before.parent);
+            EXPECT_EQ(node->left, before.left == last ? nullptr : before.left);
+            EXPECT_EQ(node->right, before.right == last ? nullptr : before.right);
+            const size_t place = std::find(at.begin(), at.end(), node) - at.begin();
+            if (before.in_heap) at[place] = last, at[count--] = nullptr;
+            if (node != last) sift(at, place);
         }
-        if (heap.root == nullptr) zt_heap_dequeue(&heap, nullptr);
+        if (count == 0) zt_heap_dequeue(&heap, nullptr);
         EXPECT_TRUE(heap.root == at[1] && heap.count == count);
         for (size_t k = 1; k <= count; ++k)
-            EXPECT_TRUE(at[k]->in_heap == 1 && at[k]->parent == at[k / 2] &&
-                        at[k]->left == at[2 * k] && at[k]->right == at[2 * k + 1]);
+            EXPECT_TRUE(at[k]->parent == at[k / 2] && at[k]->left == at[2 * k] &&
+                        at[k]->right == at[2 * k + 1]);
     }
 }

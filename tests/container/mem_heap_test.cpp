@@ -39,8 +39,8 @@ TEST(MemHeap, FirstFitOverSoundBlocks) {
         zt_mem_heap_block_t *held[40] = {};
         for (int step = 0; step < 10'000 && !HasFailure(); ++step) {
             const uint32_t some[] = {uint32_t(random() % (size / 12 + 1)), 0, 1, align, size, ~0u};
-            const uint32_t request = some[random() % 8 ? 0 : random() % 6];
-            const uint64_t need = (uint64_t{request} + align - 1) / align * align;
+            const uint64_t request = some[random() % 8 ? 0 : random() % 6];
+            const uint64_t need = (request + align - 1) / align * align;
             auto *&block = held[random() % 40];
             zt_mem_heap_free(&heap, block);
             const auto *fit = expect_sound(heap, bases[row], need);

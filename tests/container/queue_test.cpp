@@ -68,10 +68,9 @@ TEST(Queue, CreatesWholeOrNotAtAllAndAgreesWithAModel) {
         if (op < 5) {
             const auto add = op == 0 ? zt_queue_add_head : zt_queue_add_tail;
             const auto insert = op == 2 ? zt_queue_insert_before : zt_queue_insert_after;
-            const auto got = op == 4
-                                 ? zt_queue_add_tail_with_discard(&queue, item, discard, &dropped)
-                             : op < 2 ? add(&queue, item, wait)
-                                      : insert(&queue, item, nodes[at], wait);
+            auto got = op < 2 ? add(&queue, item, wait) : ZT_STATUS_SUCCESS;
+            if (op == 4) got = zt_queue_add_tail_with_discard(&queue, item, discard, &dropped);
+            if (op == 2 || op == 3) got = insert(&queue, item, nodes[at], wait);
             avail = size < capacity || (op == 4 && capacity > 0);
             ASSERT_EQ(got, avail ? 0 : canceled && wait != 0 && op < 4 ? 42 : 2);
             ASSERT_EQ(dropped, avail && size == capacity ? model.front() : nullptr);
@@ -79,9 +78,9 @@ TEST(Queue, CreatesWholeOrNotAtAllAndAgreesWithAModel) {
             if (avail) model.insert(model.begin() + index[op], item);
         } else if (op < 8) {
             const auto get = op == 5 ? zt_queue_get_head : zt_queue_get_tail;
-            void *const got =
-                op == 7 && at < size ? zt_queue_get_at(&queue, nodes[at]) : get(&queue, wait);
             space = size > 0;
+            auto *got =
+                op > 6 && at < size ? zt_queue_get_at(&queue, nodes[at]) : get(&queue, wait);
             ASSERT_EQ(got, space ? model[index[op]] : nullptr);
             ASSERT_TRUE(!space || nodes[index[op]]->owner == &queue.free_nodes);
             if (space) model.erase(model.begin() + index[op]);
@@ -89,8 +88,9 @@ TEST(Queue, CreatesWholeOrNotAtAllAndAgreesWithAModel) {
             canceled = avail = space = op == 8 && random() % 2;
             capacity = op == 8 ? 0 : random() % 6;
             model.clear();
-            if (op == 8) zt_queue_decommit(&queue, canceled);
-            if (op == 9)  // 2^27 nodes take 4 GiB
+            if (op == 8)
+                zt_queue_decommit(&queue, canceled);
+            else  // 2^27 nodes take 4 GiB
                 ASSERT_EQ(zt_queue_commit(&queue, capacity ? capacity : 1 << 27), capacity ? 0 : 8);
         }
         ASSERT_EQ(zt_event_is_set(&queue.avail_event), avail);
@@ -112,22 +112,21 @@ TEST(Queue, WakesWhoeverCanGoOn) {
         zt_queue_t queue;
         ASSERT_EQ(zt_queue_create(&queue, 0), 0);
         const auto move = [&](bool get, int32_t timeout_ms) {
-            if (get) return zt_queue_get_head(&queue, timeout_ms) == nullptr ? 2 : 0;
-            return zt_queue_add_tail(&queue, &queue, timeout_ms);
+            return get ? zt_queue_get_head(&queue, timeout_ms) ? 0 : 2
+                       : int(zt_queue_add_tail(&queue, &queue, timeout_ms));
         };
         g_sleeps = 0;
         std::atomic<int> go{0}, ended{0};
         std::vector<std::thread> crews[2];
-        for (int i = 0; i < 2 * n; ++i) {
+        for (int i = 0; i < 2 * n; ++i)
             crews[i / n].emplace_back([&, i] {
                 if (i >= n) go.wait(0);
                 const int got = move(consumers, i % 4 != 1 ? -1 : i < n ? 60'000 : 1 + i % 5);
                 if (i < n || i % 4 != 1) EXPECT_EQ(got, i >= n ? 0 : consumers ? 2 : 42);
                 ++ended;
             });
-        }
         while (g_sleeps < n) std::this_thread::yield();
-        zt_event_t *const event = consumers ? &queue.avail_event : &queue.space_event;
+        auto *event = consumers ? &queue.avail_event : &queue.space_event;
         if (random() % 64 == 0) zt_event_set(event), usleep(20'000);
         EXPECT_LE(g_sleeps, 2 * n) << "idle waiters spin";
         zt_queue_decommit(&queue, true);
