@@ -32,9 +32,7 @@ TEST(Hex, PrintsAsTheTableSays) {
     for (const auto &row : kDumps) {
         const size_t size = row.length > 0 ? static_cast<size_t>(row.length) : 0;
         void *bytes = memcpy(room.last(size), kBytes, size);
-        const auto dump = [&] {
-            zt_print_hex(0, row.prefix_type, row.group_width, bytes, row.length);
-        };
+        const auto dump = [&] { zt_print_hex(0, row.prefix_type, row.group_width, bytes, row.length); };
         EXPECT_EQ(capture_flushed_stdout(dump), row.dump);
     }
     // Three lines come before the end of what can be read.

@@ -109,8 +109,7 @@ TEST(Log, RegistersAsTheModelDoes) {
         const size_t room = model.size() - 1 + random() % 4;
         const bool init = step % 4 == 0, taken = !init && model.contains(key);
         const bool full = init ? room < model.size() : !taken && model.size() == capacity;
-        std::string want =
-            taken ? "ERROR: Failed to register logging category: " + name + "\n" : "";
+        std::string want = taken ? "ERROR: Failed to register logging category: " + name + "\n" : "";
         if (taken) want += capture_stdout(zt_logc_dump_categories);
         if (full) want = kFull;
         const std::string printed = capture_flushed_stdout([&] {

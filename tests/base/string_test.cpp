@@ -35,12 +35,9 @@ const struct {
     int used, error;
     int32_t as_signed;
     uint32_t as_unsigned;
-} kNumbers[] = {{"99999999999", 11, EXDEV, INT32_MAX, UINT32_MAX},
-                {"-2147483649", 11, EXDEV, INT32_MIN, UINT32_MAX},
-                {"4294967295", 10, EXDEV, INT32_MAX, UINT32_MAX},
-                {"-18446744073709551615", 21, ERANGE, INT32_MIN, 1},
-                {"0x7FFFFFFFg", 10, EXDEV, INT32_MAX, 2147483647},
-                {"z", 0, EXDEV, 0, 0}};
+} kNumbers[] = {{"99999999999", 11, EXDEV, INT32_MAX, UINT32_MAX}, {"-2147483649", 11, EXDEV, INT32_MIN, UINT32_MAX},
+                {"4294967295", 10, EXDEV, INT32_MAX, UINT32_MAX},  {"-18446744073709551615", 21, ERANGE, INT32_MIN, 1},
+                {"0x7FFFFFFFg", 10, EXDEV, INT32_MAX, 2147483647}, {"z", 0, EXDEV, 0, 0}};
 
 TEST(String, ParsesAndSaturates) {
     for (const auto &[text, used, error, as_signed, as_unsigned] : kNumbers) {

@@ -57,7 +57,6 @@ TEST(Heap, HasTheShapeOfAnArrayHeap) {
         if (count == 0) zt_heap_dequeue(&heap, nullptr);
         EXPECT_TRUE(heap.root == at[1] && heap.count == count);
         for (size_t k = 1; k <= count; ++k)
-            EXPECT_TRUE(at[k]->parent == at[k / 2] && at[k]->left == at[2 * k] &&
-                        at[k]->right == at[2 * k + 1]);
+            EXPECT_TRUE(at[k]->parent == at[k / 2] && at[k]->left == at[2 * k] && at[k]->right == at[2 * k + 1]);
     }
 }

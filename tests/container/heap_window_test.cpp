@@ -24,10 +24,7 @@ TEST(HeapWindow, HoldsTheSamplesOfAQueue) {
         std::memset(&items, 0xA5, sizeof items);
         alloc_faults::fail_at(row < 5, alloc_faults::Mode::kOnce);
         const int status = zt_heap_window_create(&items, length, slots, greater, size, 0);
-        EXPECT_TRUE(status == (row < 2   ? 7
-                               : row < 5 ? 8
-                                         : 0) &&
-                    alloc_faults::disarm() == (row == 4));
+        EXPECT_TRUE(status == (row < 2 ? 7 : row < 5 ? 8 : 0) && alloc_faults::disarm() == (row == 4));
         if (row < 5) {
             zt_heap_window_update(&items, 1, ""), zt_heap_window_reset(&items);
             EXPECT_TRUE(items.slots == nullptr && !items.heap.root);
@@ -44,20 +41,17 @@ TEST(HeapWindow, HoldsTheSamplesOfAQueue) {
             if (row < 10 && random() % 100 == 0) time += UINT32_MAX;
             const auto value = static_cast<int8_t>(random());
             model.push_back(value), times.push_back(time);
-            while (model.size() > slots || time - times[0] > length)
-                model.pop_front(), times.pop_front();
+            while (model.size() > slots || time - times[0] > length) model.pop_front(), times.pop_front();
             zt_heap_window_update_int64(&numbers, time, value * (int64_t{1} << 32));
             zt_heap_window_update(&items, time, std::string(size, value).data());
 
             const auto [low, high] = std::minmax_element(model.begin(), model.end());
-            EXPECT_EQ(zt_heap_window_get_max_int64(&numbers),
-                      (is_max ? *high : *low) * (int64_t{1} << 32));
+            EXPECT_EQ(zt_heap_window_get_max_int64(&numbers), (is_max ? *high : *low) * (int64_t{1} << 32));
             std::string got(40, '?'), item = got;
             EXPECT_EQ(zt_heap_window_get_max(&items, got.data()), ZT_STATUS_SUCCESS);
             EXPECT_EQ(got, item.replace(0, size, size, *high));
             if (random() % 300 != 0) continue;
-            model.clear(), times.clear(), zt_heap_window_reset(&items),
-                zt_heap_window_reset(&numbers);
+            model.clear(), times.clear(), zt_heap_window_reset(&items), zt_heap_window_reset(&numbers);
             EXPECT_EQ(zt_heap_window_get_max(&items, nullptr), ZT_STATUS_NEED_MORE_DATA);
         }
         zt_heap_window_destroy(&items), zt_heap_window_destroy(&numbers);

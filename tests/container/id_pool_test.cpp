@@ -28,8 +28,7 @@ TEST(IdPool, BehavesAsAMap) {
                 for (bool taken = automatic; taken; taken = model.count(want))
                     want = std::max(after, 1), after = int32_t(want + 1u);
                 alloc_faults::fail_at(random() % 9 == 0, alloc_faults::Mode::kOnce);
-                const auto got =
-                    (op ? zt_id_pool_alloc_specific : zt_id_pool_alloc)(&pool, item, &id);
+                const auto got = (op ? zt_id_pool_alloc_specific : zt_id_pool_alloc)(&pool, item, &id);
                 ASSERT_EQ(got, alloc_faults::disarm() ? 8 : model.count(want) ? 22 : 0);
                 ASSERT_EQ(id, got == 8 ? before : want);
                 if (got == 0) model[id] = item;

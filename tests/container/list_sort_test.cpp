@@ -45,7 +45,6 @@ TEST(ListSort, SortsStablyAndCallsForEvery256thOfTheRemainder) {
         uint32_t rest = 0;  // what is left when the other run has been used up
         const auto from_top = [&](uint32_t i) { return uint32_t(want[size - 1 - i]) < top; };
         while (rest < size && from_top(rest) == from_top(0)) ++rest;
-        EXPECT_TRUE(calls[1] == rest / 256 &&
-                    calls[0] <= size * (std::bit_width(size) - (size < 2)));
+        EXPECT_TRUE(calls[1] == rest / 256 && calls[0] <= size * (std::bit_width(size) - (size < 2)));
     }
 }

@@ -29,9 +29,7 @@ TEST(MemHeap, FirstFitOverSoundBlocks) {
     for (int row = 0; row < 5; ++row) {
         const uint32_t size = sizes[row], align = size == ~0xfffu ? 0x1000 : 1u << 4 * row % 12;
         zt_mem_heap_t heap = nullptr;
-        EXPECT_EQ(zt_mem_heap_create(&heap, bases[row] + row % 2 * 4, size,
-                                     row % 2 ? 0x1000 : row % 4 * 3 / 2),
-                  7);
+        EXPECT_EQ(zt_mem_heap_create(&heap, bases[row] + row % 2 * 4, size, row % 2 ? 0x1000 : row % 4 * 3 / 2), 7);
         for (int n = 2; n >= 0; --n) {
             alloc_faults::fail_at(n, alloc_faults::Mode::kOnce);
             EXPECT_EQ(zt_mem_heap_create(&heap, bases[row], size, align), n > 0 ? 8 : 0);

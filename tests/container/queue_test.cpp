@@ -52,8 +52,7 @@ TEST(Queue, CreatesWholeOrNotAtAllAndAgreesWithAModel) {
             nodes.push_back(ZT_CONTAINER_OF(link, zt_queue_node_t, link));
             ASSERT_EQ(link->next->prev, link);
         }
-        for (size_t i = 0; i < size; ++i)
-            ASSERT_TRUE(nodes[i]->data == model[i] && nodes[i]->owner == &queue.items);
+        for (size_t i = 0; i < size; ++i) ASSERT_TRUE(nodes[i]->data == model[i] && nodes[i]->owner == &queue.items);
         ASSERT_EQ(zt_queue_get_num_free(&queue), capacity - size);
         ASSERT_TRUE(zt_queue_get_num_avail(&queue) == size && zt_queue_is_empty(&queue) == !size);
         ASSERT_EQ(zt_queue_peek_head(&queue), size > 0 ? model.front() : nullptr);
@@ -79,8 +78,7 @@ TEST(Queue, CreatesWholeOrNotAtAllAndAgreesWithAModel) {
         } else if (op < 8) {
             const auto get = op == 5 ? zt_queue_get_head : zt_queue_get_tail;
             space = size > 0;
-            auto *got =
-                op > 6 && at < size ? zt_queue_get_at(&queue, nodes[at]) : get(&queue, wait);
+            auto *got = op > 6 && at < size ? zt_queue_get_at(&queue, nodes[at]) : get(&queue, wait);
             ASSERT_EQ(got, space ? model[index[op]] : nullptr);
             ASSERT_TRUE(!space || nodes[index[op]]->owner == &queue.free_nodes);
             if (space) model.erase(model.begin() + index[op]);

@@ -43,8 +43,7 @@ TEST(RbTree, KeepsOrderAndColoursLikeAMap) {
         Record before = records[i], twin = before, *node = insert && known ? &twin : &records[i];
         tree.compare = insert ? by_key : nullptr;
         if (!insert && known) zt_rbtree_delete(&tree, node);
-        EXPECT_TRUE(!insert ||
-                    zt_rbtree_insert(&tree, node) == (node == &twin ? &records[i] : nullptr));
+        EXPECT_TRUE(!insert || zt_rbtree_insert(&tree, node) == (node == &twin ? &records[i] : nullptr));
         EXPECT_TRUE(!known || std::memcmp(node, &before, sizeof *tree.root) == 0);
         insert ? void(model[i] = &records[i]) : void(model.erase(i));
         auto next = model.begin();

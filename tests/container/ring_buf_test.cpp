@@ -12,10 +12,10 @@ uint32_t ring_buf_get_rewind_threshold() { return g_threshold; }
 // Size, threshold and position at the start, of one case after the other. Thresholds from the size
 // itself, where a full buffer could look empty, to many times the size; starts from where the next
 // rebase is the one that keeps positions within 32 bits.
-static const uint32_t kCases[] = {
-    0,   8,     0, 0x80000001, 8,   0,          1,  1,  0,          1,   9,          0,
-    3,   3,     0, 8,          8,   0,          37, 74, 0,          48,  48,         0xffffff90,
-    300, 70000, 0, 64,         127, 0xffffffa0, 64, 64, 0xffffff80, 512, 0x80000000, 0x7ffffe00};
+static const uint32_t kCases[] = {0,  8,   0,          0x80000001, 8,  0,          1,   1,          0,
+                                  1,  9,   0,          3,          3,  0,          8,   8,          0,
+                                  37, 74,  0,          48,         48, 0xffffff90, 300, 70000,      0,
+                                  64, 127, 0xffffffa0, 64,         64, 0xffffff80, 512, 0x80000000, 0x7ffffe00};
 
 // A ring over storage of its own, in words for items.
 struct Ring : zt_ring_buf_t {
@@ -27,9 +27,7 @@ struct Ring : zt_ring_buf_t {
         head = tail = claim_head = claim_tail = row[2];
     }
     // Around a rebase a buffer as large as its rebase amount keeps one unit back.
-    bool may_keep_one() const {
-        return limit > g_threshold / 2 && (head > tail || head > UINT32_MAX - limit);
-    }
+    bool may_keep_one() const { return limit > g_threshold / 2 && (head > tail || head > UINT32_MAX - limit); }
 };
 
 // What is claimed or peeked at and not finished is given up, or read again. Finishing needs no claim.
@@ -59,8 +57,7 @@ static void use_bytes(Ring &ring, std::deque<uint8_t> &stored, std::mt19937 &ran
     ASSERT_EQ(zt_ring_buf_put_finish(&ring, ring.limit - stored.size() + beyond), 7);
     ASSERT_EQ(zt_ring_buf_get_finish(&ring, stored.size() + beyond), 7);
     ASSERT_EQ(zt_ring_buf_space_get(&ring), ring.limit - stored.size());
-    ASSERT_TRUE(zt_ring_buf_size_get(&ring) == stored.size() &&
-                zt_ring_buf_is_empty(&ring) == stored.empty());
+    ASSERT_TRUE(zt_ring_buf_size_get(&ring) == stored.size() && zt_ring_buf_is_empty(&ring) == stored.empty());
 }
 
 // An item in the model is the header word as it is stored, then the data.

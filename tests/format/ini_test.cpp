@@ -7,8 +7,7 @@
 namespace {
 
 // The value of a key by the rules, line by line; false when there is none.
-bool slow_find(const std::string &text, const char *section, const std::string &key,
-               std::string *value) {
+bool slow_find(const std::string &text, const char *section, const std::string &key, std::string *value) {
     bool inside = section == nullptr;
     std::string feeds = text;
     std::replace(feeds.begin(), feeds.end(), '\r', '\n');
@@ -124,13 +123,10 @@ TEST(Ini, FilesOfEveryKind) {
         EXPECT_EQ(zt_ini_reader_get_int_default(reader, nullptr, "k1024", 5), 5);
         zt_ini_read_destroy(reader);
     };
-    const std::pair<const char *, zt_status_t> files[] = {
-        {"file", 0}, {"empty", 7}, {"missing", 16}, {".", 18}, {"pipe", 33}, {"big", 18}};
+    const std::pair<const char *, zt_status_t> files[] = {{"file", 0}, {"empty", 7}, {"missing", 16},
+                                                          {".", 18},   {"pipe", 33}, {"big", 18}};
     for (const auto &[path, expected] : files) create(path, expected);
-    for (uint64_t nth = 1; nth <= 3; ++nth) {
-        alloc_faults::fail_at(nth, alloc_faults::Mode::kOnce);
-        create("file", 8);
-    }
+    for (const int n : {1, 2, 3}) alloc_faults::fail_at(n, alloc_faults::Mode::kOnce), create("file", 8);
     EXPECT_EQ(alloc_faults::live(), 0);
     zt_ini_reader_t *reader = nullptr;
     EXPECT_EQ(zt_ini_reader_create(&reader, folder, UINT32_MAX), 8);

@@ -41,8 +41,8 @@ TEST(JsonFmt, OddPiecesAreAsDocumented) {
     zt_json_fmt_open_array(fmt, "a");
     zt_json_fmt_close_array(fmt);
     for (int i = 0; i < 3; ++i) zt_json_fmt_close_object(fmt);  // two without an open
-    EXPECT_EQ(writer.finish(), "{\n\t\"50%s\": \"%d \"\",\n\t\"n\": " + std::string(127, '0') +
-                                   ",\n\t\"a\": [\n\t]\n}");
+    EXPECT_EQ(writer.finish(),
+              "{\n\t\"50%s\": \"%d \"\",\n\t\"n\": " + std::string(127, '0') + ",\n\t\"a\": [\n\t]\n}");
     zt_json_fmt_file_t unused = {};
     EXPECT_EQ(zt_json_fmt_open_file(&unused, "/nowhere/x"), 13);
 }
@@ -67,22 +67,14 @@ void random_value(zt_json_fmt_t *fmt, const char *name, std::mt19937 &random) {
     const uint32_t kind = fmt->depth < 1 ? 9 : random() % (fmt->depth < 6 ? 12 : 8);
     const std::string bytes(random() % 1200, 'x');
     switch (kind) {
-        case 0:
-            return zt_json_fmt_add_int32(fmt, name, -7);
-        case 1:
-            return zt_json_fmt_add_int64(fmt, name, -7000000000007);
-        case 2:
-            return zt_json_fmt_add_uint32(fmt, name, 4000000007);
-        case 3:
-            return zt_json_fmt_add_uint64(fmt, name, 18000000000000000007U);
-        case 4:
-            return zt_json_fmt_add_bool(fmt, name, random() % 2 == 0);
-        case 5:
-            return zt_json_fmt_add_string(fmt, name, "text");
-        case 6:
-            return zt_json_fmt_add_float(fmt, name, "%.1f", 2.5F);
-        case 7:
-            return zt_json_fmt_add_blob_b64(fmt, name, bytes.data(), bytes.size());
+        case 0: return zt_json_fmt_add_int32(fmt, name, -7);
+        case 1: return zt_json_fmt_add_int64(fmt, name, -7000000000007);
+        case 2: return zt_json_fmt_add_uint32(fmt, name, 4000000007);
+        case 3: return zt_json_fmt_add_uint64(fmt, name, 18000000000000000007U);
+        case 4: return zt_json_fmt_add_bool(fmt, name, random() % 2 == 0);
+        case 5: return zt_json_fmt_add_string(fmt, name, "text");
+        case 6: return zt_json_fmt_add_float(fmt, name, "%.1f", 2.5F);
+        case 7: return zt_json_fmt_add_blob_b64(fmt, name, bytes.data(), bytes.size());
     }
     const bool object = random() % 2 == 0;
     object ? zt_json_fmt_open_object(fmt, name) : zt_json_fmt_open_array(fmt, name);

@@ -10,10 +10,9 @@ std::string answers_for(uint32_t code) {
     char name[5], row[99];
     zt_fourcc_get_name(code, name);
     const auto word = [](bool yes) { return yes ? "yes" : "no"; };
-    snprintf(row, sizeof row, "| `%s` | %s | %s | %d | %d | %s | %d | %d |", name,
-             word(zt_fourcc_is_rgb(code)), word(zt_fourcc_is_packed(code)), zt_fourcc_get_bpp(code),
-             zt_fourcc_get_color_depth(code), word(zt_fourcc_is_compressed(code)),
-             zt_fourcc_get_sample_size(code), zt_fourcc_get_bit_depth(code));
+    snprintf(row, sizeof row, "| `%s` | %s | %s | %d | %d | %s | %d | %d |", name, word(zt_fourcc_is_rgb(code)),
+             word(zt_fourcc_is_packed(code)), zt_fourcc_get_bpp(code), zt_fourcc_get_color_depth(code),
+             word(zt_fourcc_is_compressed(code)), zt_fourcc_get_sample_size(code), zt_fourcc_get_bit_depth(code));
     return row;
 }
 
@@ -26,8 +25,7 @@ TEST(Fourcc, AnswersAsThePageSays) {
     for (const auto &[code, row] : page) {
         EXPECT_EQ(answers_for(code), row);
         for (uint32_t other = code ^ 1, bit = 1; bit != 0; bit <<= 1, other = code ^ bit)
-            if (!page.contains(other))
-                EXPECT_TRUE(answers_for(other).ends_with("` | no | yes | 0 | 8 | no | 0 | 0 |"));
+            if (!page.contains(other)) EXPECT_TRUE(answers_for(other).ends_with("` | no | yes | 0 | 8 | no | 0 | 0 |"));
     }
 }
 

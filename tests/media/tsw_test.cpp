@@ -17,8 +17,7 @@ struct Model {
     void update(uint64_t ref, uint64_t now, uint32_t limit) {
         auto delta = static_cast<int64_t>(now - ref);
         const bool first = all.empty();
-        if (param.smooth && !first)
-            delta = static_cast<int64_t>(Wide{delta} / 8 + Wide{7} * smoothed / 8);
+        if (param.smooth && !first) delta = static_cast<int64_t>(Wide{delta} / 8 + Wide{7} * smoothed / 8);
         if (param.smooth) smoothed = delta;
         const Wide rise = first ? 0 : Wide{delta} - smallest;
         if (!first && rise >= limit) *this = {param, smoothed};
@@ -71,8 +70,8 @@ TEST(Tsw, RandomStreamsAgainstTheModel) {
             ASSERT_EQ(tsw.evicted, model.old_deltas != 0) << i;
             ASSERT_EQ(tsw.smoothed, model.smoothed) << i;
             const auto holds = [&](auto &e) { return e.now == when && e.delta == model.smallest; };
-            ASSERT_TRUE(std::any_of(model.all.begin() + static_cast<ptrdiff_t>(model.old_deltas),
-                                    model.all.end(), holds))
+            ASSERT_TRUE(
+                std::any_of(model.all.begin() + static_cast<ptrdiff_t>(model.old_deltas), model.all.end(), holds))
                 << i;
         }
         zt_tsw_destroy(&tsw);
@@ -96,8 +95,6 @@ void create_and_use() {
     }
 }
 
-TEST(Tsw, FailedAndDestroyedWindowsReadAsEmpty) {
-    EXPECT_EQ(alloc_faults::fail_each(create_and_use), 2u);
-}
+TEST(Tsw, FailedAndDestroyedWindowsReadAsEmpty) { EXPECT_EQ(alloc_faults::fail_each(create_and_use), 2u); }
 
 }  // namespace

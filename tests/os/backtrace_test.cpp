@@ -87,8 +87,8 @@ TEST(Backtrace, NamesFramesAsTheCLibraryDoes) {
         const std::shared_ptr<char *> symbol(backtrace_symbols(&address, 1), free);
         frames += "Frame " + std::to_string(count) + ":  " + *symbol + "\n";
     }
-    EXPECT_EQ(text, "before, *** Thread: backtrace_test ***\nbacktrace() returned " +
-                        std::to_string(count) + " addresses\n" + frames);
+    EXPECT_EQ(text, "before, *** Thread: backtrace_test ***\nbacktrace() returned " + std::to_string(count) +
+                        " addresses\n" + frames);
 }
 
 }  // namespace

@@ -7,11 +7,8 @@
 // come out as descriptor 0; -1: no such file.
 TEST(MappedFile, ComesAndGoesWhole) {
     const int spare_stdin = dup(STDIN_FILENO);
-    const std::pair<off_t, zt_status_t> rows[] = {{1, 0},
-                                                  {4096, 0},
-                                                  {0x1'0000'0001, 0},
-                                                  {0, ZT_STATUS_INVALID_ARGUMENT},
-                                                  {-1, ZT_STATUS_NOT_EXIST}};
+    const std::pair<off_t, zt_status_t> rows[] = {
+        {1, 0}, {4096, 0}, {0x1'0000'0001, 0}, {0, ZT_STATUS_INVALID_ARGUMENT}, {-1, ZT_STATUS_NOT_EXIST}};
     for (const auto &[size, want] : rows) {
         SCOPED_TRACE(size);
         const int fd = memfd_create("file", 0);

@@ -15,9 +15,7 @@ int g_attributes_destroyed = 0;
 int pthread_mutexattr_settype(pthread_mutexattr_t *attributes, int type) noexcept {
     return g_no_type ? ENOMEM : (attributes->__align = type, 0);
 }
-int pthread_mutexattr_destroy(pthread_mutexattr_t *) noexcept {
-    return ++g_attributes_destroyed, 0;
-}
+int pthread_mutexattr_destroy(pthread_mutexattr_t *) noexcept { return ++g_attributes_destroyed, 0; }
 
 namespace {
 
@@ -62,7 +60,6 @@ TEST(ClockAndIds, AreTheKernels) {
     const uint64_t ns = zt_time_get_ns(), us = zt_time_get_us(), ms = zt_time_get_ms();
     const uint64_t after = zt_time_get_ns();
     EXPECT_TRUE(before <= ns && ns / 1'000 <= us && us / 1'000 <= ms && ms <= after / 1'000'000);
-    EXPECT_LT(after - before, 60'000'000'000U);
     EXPECT_EQ(zt_getpid(), getpid());
     std::thread([] { EXPECT_EQ(zt_gettid(), syscall(SYS_gettid)); }).join();
 }

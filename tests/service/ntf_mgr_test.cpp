@@ -10,7 +10,7 @@
 
 namespace {
 
-std::string g_hooks;  // R and r: read_lock and read_unlock, W and w, F and f likewise
+std::string g_hooks;                                 // R and r: read_lock and read_unlock, W and w, F and f likewise
 std::vector<std::pair<uint64_t, uint64_t>> g_calls;  // subscriber and notification of each callback
 
 template <char kLetter>
@@ -64,8 +64,8 @@ struct NtfMgr : testing::Test {
     void read_or_set_mask(uint64_t id) {
         const auto what = random() % 4, before = random();
         const auto set = [](auto m, auto i, auto v) { return zt_ntf_mgr_set_en_mask(m, i, *v); };
-        const decltype(&zt_ntf_mgr_get_flags) operations[] = {
-            zt_ntf_mgr_get_en_mask, zt_ntf_mgr_get_flags, zt_ntf_mgr_get_raw_flags, set};
+        const decltype(&zt_ntf_mgr_get_flags) operations[] = {zt_ntf_mgr_get_en_mask, zt_ntf_mgr_get_flags,
+                                                              zt_ntf_mgr_get_raw_flags, set};
         const bool exists = subscribers.contains(id);
         std::array none = {before, before, before};
         auto &words = exists ? subscribers[id] : none;
@@ -101,10 +101,9 @@ TEST_F(NtfMgr, BehavesAsTheModelAndCallsTheHooksInOrder) {
 
 std::shared_mutex g_trees;
 std::mutex g_flags;
-const zt_ntf_mgr_ops_t kLocking = {
-    [](auto) { g_trees.lock_shared(); }, [](auto) { g_trees.unlock_shared(); },
-    [](auto) { g_trees.lock(); },        [](auto) { g_trees.unlock(); },
-    [](auto) { g_flags.lock(); },        [](auto) { g_flags.unlock(); }};
+const zt_ntf_mgr_ops_t kLocking = {[](auto) { g_trees.lock_shared(); }, [](auto) { g_trees.unlock_shared(); },
+                                   [](auto) { g_trees.lock(); },        [](auto) { g_trees.unlock(); },
+                                   [](auto) { g_flags.lock(); },        [](auto) { g_flags.unlock(); }};
 int g_called;  // safe: called back under flags_lock
 
 TEST_F(NtfMgr, ThreadsPublishPollAndComeAndGo) {

@@ -45,11 +45,10 @@ struct Channel {
 // anything, so a wrong one shows.
 TEST(Ptz, EachValueIsHeldAgainstItsOwnRange) {
     // Code, selector (0: none), and as words from the start: mode (35: none), value, first minimum.
-    constexpr int kChecks[][5] = {
-        {0x100, 0, 0, 2, 1},      {0x100, 0, 3, 5, 10},       {0x102, 0, 0, 2, 19},
-        {0x103, 4, 1, 2, 29},     {0x104, 0x200, 1, 3, 39},   {0x104, 0x400, 4, 6, 48},
-        {0x104, 0x400, 7, 9, 57}, {0x104, 0x400, 10, 12, 66}, {0x105, 0x20, 35, 1, 76},
-        {0x105, 0x20, 35, 2, 78}, {0x106, 8, 35, 33, 81}};
+    constexpr int kChecks[][5] = {{0x100, 0, 0, 2, 1},      {0x100, 0, 3, 5, 10},       {0x102, 0, 0, 2, 19},
+                                  {0x103, 4, 1, 2, 29},     {0x104, 0x200, 1, 3, 39},   {0x104, 0x400, 4, 6, 48},
+                                  {0x104, 0x400, 7, 9, 57}, {0x104, 0x400, 10, 12, 66}, {0x105, 0x20, 35, 1, 76},
+                                  {0x105, 0x20, 35, 2, 78}, {0x106, 8, 35, 33, 81}};
     Channel channel(1);
     for (int step = 0; step < 50'000 && !HasFailure(); ++step, zt_ptz_clear(&channel.ptz)) {
         const auto &[code, selector, mode_at, value_at, first] = kChecks[g_random() % 11];
