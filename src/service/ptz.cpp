@@ -17,7 +17,11 @@ static_assert(std::is_standard_layout_v<zt_ptz_t> && sizeof(zt_ptz_t) == 7 * siz
 static_assert(offsetof(zt_ptz_t, init_capability) == 16 && offsetof(zt_ptz_t, release) == 32);
 static_assert(offsetof(zt_ptz_t, peek_command) == 40 && offsetof(zt_ptz_t, clear_commands) == 48);
 static_assert(sizeof(zt_ptz_result_t) == 40 && offsetof(zt_ptz_result_t, client_id) == 0x0c);
-static_assert(offsetof(zt_ptz_result_t, data) == 0x10);
+static_assert(offsetof(zt_ptz_result_t, status) == 0x00 && offsetof(zt_ptz_result_t, code) == 0x04);
+static_assert(offsetof(zt_ptz_result_t, other) == 0x08 && offsetof(zt_ptz_result_t, data) == 0x10);
+static_assert(offsetof(zt_ptz_t, priv) == 0 && offsetof(zt_ptz_t, reserved) == 8);
+static_assert(offsetof(zt_ptz_t, command_ready) == 24);
+static_assert(offsetof(zt_ptz_msg_t, type) == 0 && offsetof(zt_ptz_msg_t, u.index) == 0x08);
 static_assert(sizeof(zt_ptz_msg_t) == 144 && offsetof(zt_ptz_msg_t, u.result) == 0x08);
 static_assert(offsetof(zt_ptz_msg_t, u.index.name) == 0x0c);
 static_assert(offsetof(zt_ptz_msg_t, u.index.index) == 0x8c);

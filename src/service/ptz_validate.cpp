@@ -8,7 +8,13 @@
 #include "zt/memory.h"
 
 static_assert(sizeof(zt_ptz_range_t) == 12 && sizeof(zt_ptz_capability_t) == 336);
+static_assert(offsetof(zt_ptz_range_t, supported) == 0);
 static_assert(offsetof(zt_ptz_range_t, min) == 4 && offsetof(zt_ptz_range_t, max) == 8);
+static_assert(sizeof(zt_ptz_pair_range_t) == 20 && offsetof(zt_ptz_pair_range_t, supported) == 0);
+static_assert(offsetof(zt_ptz_pair_range_t, min1) == 4 && offsetof(zt_ptz_pair_range_t, max1) == 8);
+static_assert(offsetof(zt_ptz_pair_range_t, min2) == 12 &&
+              offsetof(zt_ptz_pair_range_t, max2) == 16);
+static_assert(offsetof(zt_ptz_capability_t, first_axis) == 0x000);
 static_assert(offsetof(zt_ptz_capability_t, second_axis) == 0x024);
 static_assert(offsetof(zt_ptz_capability_t, value) == 0x048);
 static_assert(offsetof(zt_ptz_capability_t, reserved1) == 0x06c);
@@ -21,7 +27,16 @@ static_assert(offsetof(zt_ptz_capability_t, pair) == 0x12c);
 static_assert(offsetof(zt_ptz_capability_t, index_value) == 0x140);
 static_assert(offsetof(zt_ptz_capability_t, index_limit) == 0x14c);
 static_assert(sizeof(zt_ptz_params_t) == 144);
+static_assert(sizeof(zt_ptz_move_t) == 12 && offsetof(zt_ptz_move_t, mode) == 0);
+static_assert(offsetof(zt_ptz_move_t, value) == 8);
+static_assert(offsetof(zt_ptz_params_t, axes.first) == 0x00);
+static_assert(offsetof(zt_ptz_params_t, axes.second.mode) == 0x0c);
 static_assert(offsetof(zt_ptz_params_t, axes.second.value) == 0x14);
+static_assert(offsetof(zt_ptz_params_t, value.value) == 0x08);
+static_assert(offsetof(zt_ptz_params_t, selected.mode) == 0x04);
+static_assert(offsetof(zt_ptz_params_t, group.one.mode) == 0x04);
+static_assert(offsetof(zt_ptz_params_t, pair.value1) == 0x04);
+static_assert(offsetof(zt_ptz_params_t, index.name) == 0x04);
 static_assert(offsetof(zt_ptz_params_t, selected.value) == 0x08);
 static_assert(offsetof(zt_ptz_params_t, group.one.value) == 0x0c);
 static_assert(offsetof(zt_ptz_params_t, group.three) == 0x10);
