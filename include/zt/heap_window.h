@@ -11,7 +11,7 @@
  *          are copied in and out. The record must stay at its address while it holds samples.
  * Threads  No lock: guard a window with your own mutex. The comparison runs inside update.
  * Failure  A create that fails leaves an empty window without slots, which updates, reads, reset
- * and destroy accept. Nothing else can fail for want of memory.
+ *          and destroy accept. Nothing else can fail for want of memory.
  */
 #ifndef ZT_HEAP_WINDOW_H
 #define ZT_HEAP_WINDOW_H

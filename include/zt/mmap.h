@@ -11,7 +11,7 @@
  * Threads  Create and destroy must not race on one record; any number of threads may read the
  *          mapping.
  * Failure  The errno of the failing system call, translated by zt_get_status_by_errno; the record
- * is left empty.
+ *          is left empty.
  */
 #ifndef ZT_MMAP_H
 #define ZT_MMAP_H

@@ -14,8 +14,8 @@
  *          before the first thread is started. Hook and function run on the new thread, no lock
  *          held.
  * Failure  What POSIX reports, translated by zt_get_status_by_errno. A failed call leaves handle
- * and record as they were, a failed creation a null handle. Names and priorities that the system
- * refuses are silently ignored.
+ *          and record as they were, a failed creation a null handle. Names and priorities that the
+ *          system refuses are silently ignored.
  */
 #ifndef ZT_THREAD_H
 #define ZT_THREAD_H
