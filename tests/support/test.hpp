@@ -5,15 +5,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <bit>
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
@@ -26,12 +23,18 @@
 #include <sstream>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "support/alloc_faults.hpp"
 #include "support/capture.hpp"
 #include "support/guarded.hpp"
 #include "support/threads.hpp"
+
+// Its run time has ways of its own with signals, cancellation and address space.
+#if defined(__SANITIZE_THREAD__)
+inline constexpr bool kThreadSanitizer = true;
+#else
+inline constexpr bool kThreadSanitizer = false;
+#endif
 
 #endif  // ZT_TESTS_SUPPORT_TEST_HPP
