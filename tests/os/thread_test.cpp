@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "zt/thread.h"
 
+#include <dlfcn.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 
 #include "zt/ids.h"
 
@@ -10,6 +12,16 @@
 thread_local int g_nice = 99;  // in place of the C library's, which may not do what is asked
 int setpriority(__priority_which_t which, id_t who, int nice) noexcept {
     return g_nice = which == PRIO_PROCESS && zt_gettid() == who ? nice : 99, 0;
+}
+
+// A registration from outside waits until the thread that it is for, if there is one, has gone.
+static std::atomic<int64_t> g_leaving{0};
+static std::atomic<bool> g_late{false};
+zt_status_t zt_watchdog_register(zt_watchdog_mgr_t *mgr, zt_watchdog_t *entry, uintptr_t user, int32_t ms) {
+    static const auto enter = (decltype(&zt_watchdog_register))dlsym(RTLD_NEXT, "zt_watchdog_register");
+    g_late = g_leaving != 0;
+    while (g_late && syscall(SYS_tgkill, getpid(), g_leaving.load(), 0) == 0) sched_yield();
+    return enter(mgr, entry, user, ms);
 }
 
 namespace {
@@ -86,6 +98,19 @@ TEST(Thread, MayEndAndBeJoinedAtAnyTime) {
         EXPECT_EQ(zt_thread_wait_and_destory(&reaper, nullptr), 0);
         EXPECT_TRUE(is_empty(g_mgr));
     }
+}
+
+// A thread that ends while, or before, somebody enables its watchdog is in no manager's list.
+TEST(Thread, ALateWatchdogLeavesNoEntry) {
+    zt_thread_t thread = nullptr;
+    const auto linger = [](zt_thread_t *, void *) {
+        for (g_leaving = zt_gettid(); !g_late;) sched_yield();
+        return 0;
+    };
+    ASSERT_EQ(zt_thread_create_and_run(&thread, 3, linger, nullptr, nullptr), 0);
+    while (g_leaving == 0) sched_yield();
+    for (int i = 0; i < 2; ++i) EXPECT_TRUE(zt_thread_enable_watchdog(&thread, &g_mgr, 9) == 0 && is_empty(g_mgr));
+    EXPECT_EQ(zt_thread_wait_and_destory(&thread, nullptr), 0);
 }
 
 // Without memory, or without room for a stack, there is no thread and no leak.
