@@ -17,7 +17,7 @@ TEST(MappedFile, ComesAndGoesWhole) {
         const std::string path = size < 0 ? "/no such file" : "/proc/self/fd/" + std::to_string(fd);
         if (size % 2 == 0) close(STDIN_FILENO);
 
-        char not_ours[4096] = {};
+        alignas(4096) static char not_ours[4096];
         zt_mmap_t file = {fd, not_ours, sizeof not_ours};  // stale bytes: never touched
         EXPECT_EQ(zt_mmap_create(&file, path.c_str()), want);
         if (want == ZT_STATUS_SUCCESS) {
