@@ -6,13 +6,18 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "format/kernel.hpp"
+
 namespace zt::detail {
 
 using Crc16Kernel = uint16_t(uint16_t crc, const uint8_t *data, size_t length);
 using Crc32Kernel = uint32_t(uint32_t crc, const uint8_t *data, size_t length);
 
-Crc16Kernel crc16_portable;
-Crc32Kernel crc32_portable;
+Crc16Kernel crc16_portable, crc16_clmul, crc16_avx512;
+Crc32Kernel crc32_portable, crc32_clmul, crc32_avx512;
+
+extern Dispatch<Crc16Kernel> g_crc16;
+extern Dispatch<Crc32Kernel> g_crc32;
 
 }  // namespace zt::detail
 

@@ -29,6 +29,17 @@ class Dispatch {
         return chosen != nullptr ? chosen : choose();
     }
 
+    // For tests: chooses the best kernel but `skipped` of those that run here; false if there is none.
+    bool force(size_t skipped) {
+        for (const Kernel<Function> &kernel : kernels_) {
+            if (kernel.runs_here != nullptr && !kernel.runs_here()) continue;
+            if (skipped-- > 0) continue;
+            chosen_.store(kernel.function, std::memory_order_relaxed);
+            return true;
+        }
+        return false;
+    }
+
   private:
     Function *choose() {
         size_t i = 0;

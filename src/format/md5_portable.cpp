@@ -22,53 +22,58 @@ constexpr uint32_t kSines[64] = {
 constexpr int kRotations[4][4] = {
     {7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
 
-uint32_t mix(int round, uint32_t b, uint32_t c, uint32_t d) {
-    switch (round) {
-        case 0:
-            return d ^ (b & (c ^ d));
-        case 1:
-            return c ^ (d & (b ^ c));
-        case 2:
-            return b ^ c ^ d;
-        default:
-            return c ^ (b | ~d);
-    }
-}
-
-// The word of the block that a step of a round takes.
-constexpr uint32_t word_index(uint32_t round, uint32_t step) {
+// The word of the block that a step takes.
+constexpr uint32_t word_index(uint32_t step) {
     constexpr uint32_t kFactor[4] = {1, 5, 3, 7};
     constexpr uint32_t kOffset[4] = {0, 1, 5, 0};
-    return (kFactor[round] * step + kOffset[round]) % 16;
+    return (kFactor[step / 16] * step + kOffset[step / 16]) % 16;
 }
 
-void transform(uint32_t state[4], const uint8_t *block) {
-    uint32_t words[16];
-    for (size_t i = 0; i < 16; ++i) words[i] = load32<std::endian::little>(block + 4 * i);
-    uint32_t a = state[0];
-    uint32_t b = state[1];
-    uint32_t c = state[2];
-    uint32_t d = state[3];
-    for (uint32_t round = 0; round < 4; ++round) {
-        for (uint32_t step = 0; step < 16; ++step) {
-            const uint32_t sum = a + mix(static_cast<int>(round), b, c, d) +
-                                 words[word_index(round, step)] + kSines[16 * round + step];
-            a = d;
-            d = c;
-            c = b;
-            b += std::rotl(sum, kRotations[round][step % 4]);
-        }
-    }
-    state[0] += a;
-    state[1] += b;
-    state[2] += c;
-    state[3] += d;
+// One step of the four rounds. The newest value, b, arrives last: each sum is arranged so that few
+// operations wait for it.
+template <uint32_t kStep>
+inline void step(uint32_t &a, uint32_t b, uint32_t c, uint32_t d, const uint8_t *block) {
+    a += kSines[kStep] + load32<std::endian::little>(block + 4 * word_index(kStep));
+    if constexpr (kStep < 16)
+        a += d ^ (b & (c ^ d));
+    else if constexpr (kStep < 32)
+        a = a + (c & ~d) + (b & d);
+    else if constexpr (kStep < 48)
+        a += b ^ (c ^ d);
+    else
+        a += c ^ (b | ~d);
+    a = b + std::rotl(a, kRotations[kStep / 16][kStep % 4]);
+}
+
+template <uint32_t kStep>
+inline void four_steps(uint32_t s[4], const uint8_t *block) {
+    step<kStep>(s[0], s[1], s[2], s[3], block);
+    step<kStep + 1>(s[3], s[0], s[1], s[2], block);
+    step<kStep + 2>(s[2], s[3], s[0], s[1], block);
+    step<kStep + 3>(s[1], s[2], s[3], s[0], block);
+}
+
+template <uint32_t kStep>
+inline void sixteen_steps(uint32_t s[4], const uint8_t *block) {
+    four_steps<kStep>(s, block);
+    four_steps<kStep + 4>(s, block);
+    four_steps<kStep + 8>(s, block);
+    four_steps<kStep + 12>(s, block);
 }
 
 }  // namespace
 
 void md5_portable(uint32_t state[4], const uint8_t *data, size_t blocks) {
-    for (; blocks > 0; --blocks, data += 64) transform(state, data);
+    uint32_t s[4] = {state[0], state[1], state[2], state[3]};
+    for (; blocks > 0; --blocks, data += 64) {
+        const uint32_t before[4] = {s[0], s[1], s[2], s[3]};
+        sixteen_steps<0>(s, data);
+        sixteen_steps<16>(s, data);
+        sixteen_steps<32>(s, data);
+        sixteen_steps<48>(s, data);
+        for (uint32_t i = 0; i < 4; ++i) s[i] += before[i];
+    }
+    for (uint32_t i = 0; i < 4; ++i) state[i] = s[i];
 }
 
 }  // namespace zt::detail

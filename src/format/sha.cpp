@@ -6,21 +6,29 @@
 
 #include "format/byte_order.hpp"
 #include "format/hex_text.hpp"
-#include "format/kernel.hpp"
 #include "format/sha256_kernels.hpp"
+#include "format/simd/cpu.hpp"
 #include "zt/memory.h"
 
-namespace {
-
 using namespace zt::detail;
+
+namespace {
 
 constexpr size_t kBlock = 64;
 constexpr size_t kCountAt = 56;  // where the bit count stands in the last block
 
-constexpr Kernel<Sha256Kernel> kSha256Kernels[] = {{"portable", nullptr, sha256_portable}};
-constinit Dispatch<Sha256Kernel> g_sha256{kSha256Kernels};
+constexpr Kernel<Sha256Kernel> kSha256Kernels[] = {
+#if defined(__x86_64__)
+    {"x86", cpu_has_sha, sha256_x86},
+#elif defined(__aarch64__)
+    {"aarch64", cpu_has_sha, sha256_aarch64},
+#endif
+    {"portable", nullptr, sha256_portable},
+};
 
 }  // namespace
+
+constinit Dispatch<Sha256Kernel> zt::detail::g_sha256{kSha256Kernels};
 
 void zt_sha256_mac(const void *data, int32_t length, uint8_t digest[32]) {
     const auto *bytes = static_cast<const uint8_t *>(data);

@@ -6,10 +6,8 @@
 #include "format/sha256_kernels.hpp"
 
 namespace zt::detail {
-namespace {
 
-// The first 32 bits of the fractional parts of the cube roots of the first 64 primes.
-constexpr uint32_t kRoots[64] = {
+alignas(16) const uint32_t kSha256Roots[64] = {
     0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
     0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
     0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
@@ -19,6 +17,8 @@ constexpr uint32_t kRoots[64] = {
     0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
     0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2,
 };
+
+namespace {
 
 constexpr uint32_t small_sigma(uint32_t x, int rotate1, int rotate2, int shift) {
     return std::rotr(x, rotate1) ^ std::rotr(x, rotate2) ^ x >> shift;
@@ -40,7 +40,7 @@ void transform(uint32_t state[8], const uint8_t *block) {
     for (uint32_t t = 0; t < 64; ++t) {
         const uint32_t choice = (e & f) ^ (~e & g);
         const uint32_t majority = (a & b) ^ (a & c) ^ (b & c);
-        const uint32_t t1 = h + big_sigma(e, 6, 11, 25) + choice + kRoots[t] + w[t];
+        const uint32_t t1 = h + big_sigma(e, 6, 11, 25) + choice + kSha256Roots[t] + w[t];
         const uint32_t t2 = big_sigma(a, 2, 13, 22) + majority;
         h = g;
         g = f;
