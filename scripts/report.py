@@ -121,6 +121,8 @@ def table(head, rows, total=None):
     def row(cells, tag="td"):
         return "<tr>" + "".join(f"<{tag}>{escape(str(cell))}</{tag}>" for cell in cells) + "</tr>"
     foot = f"<tfoot>{row(total)}</tfoot>" if total else ""
+    if not rows:
+        return '<p class="empty">none</p>'
     return (f'<div class="scroll"><table><thead>{row(head, "th")}</thead><tbody>'
             f'{"".join(row(cells) for cells in rows)}</tbody>{foot}</table></div>')
 
@@ -140,7 +142,7 @@ def png(width, height, pixels):
 def ticks(low, high, count, whole=False):
     raw = max(high - low, 1e-9) / count
     power = 10.0 ** math.floor(math.log10(raw))
-    step = next(power * m for m in (1, 2, 2.5, 5, 10) if power * m >= raw * 0.999)
+    step = next(power * m for m in (1, 2, 5, 10) if power * m >= raw * 0.999)
     if whole:
         step = max(1, math.ceil(step))
     return [step * i for i in range(math.floor(low / step + 1e-9), math.ceil(high / step - 1e-9) + 1)]
@@ -195,19 +197,21 @@ def plot(xs, lines, unit, tip, end, height=210, marks=(), bands=(), from_zero=Tr
     low, high = min(values), max(values)
     if from_zero or low < 0.4 * high:
         low = min(low, 0)
-    y_ticks = ticks(low, high if high > low else low + 1, 4 if height > 150 else 2, whole=not unit)
+    if high == low:
+        low, high = (low - 1, high + 1) if low else (0, 1)
+    y_ticks = ticks(low, high, 4 if height > 150 else 2, whole=not unit)
     x_axis, y_axis = Axis(0, max(end, max(xs)) / 1e6), Axis(y_ticks[0], y_ticks[-1])
     x_ticks = [t for t in ticks(0, x_axis.span, 6) if 0 <= t <= x_axis.span * 1.0001]
     xs = [x / 1e6 for x in xs]
-    out = [f'<rect class="band" x="{x_axis(a / 1e6)}" y="0" height="{HEIGHT}" '
-           f'width="{max(x_axis(b / 1e6) - x_axis(a / 1e6), 1.5):g}"/>' for a, b in bands]
+    out = ['<g class="bands">', *(f'<rect x="{x_axis(a / 1e6)}" y="0" height="{HEIGHT}" '
+                                  f'width="{max(x_axis(b / 1e6) - x_axis(a / 1e6), 1.5):g}"/>' for a, b in bands), "</g>"]
     out += [f'<path class="grid" d="M0 {HEIGHT - y_axis(t)}H{WIDTH}"/>' for t in y_ticks]
     out += [line_of(xs, ys, x_axis, y_axis, style, steps) for _, style, ys, steps in reversed(lines)]
     out += [f'<path class="mark" d="M0 {HEIGHT - y_axis(v)}H{WIDTH}"/>' for v, _ in marks]
     out.append(hit_columns(xs, x_axis, tip))
-    labels = [f'<span class="y" style="top:{100 - y_axis(t) / 10:g}%">{t:g}{unit and " " + unit}</span>' for t in y_ticks]
+    labels = [f'<span class="y" style="top:{100 - y_axis(t) / 10:g}%">{t:.9g}{unit and " " + unit}</span>' for t in y_ticks]
     if x_labels:
-        labels += [f'<span class="x" style="left:{x_axis(t) / 10:g}%">{t:g} s</span>' for t in x_ticks]
+        labels += [f'<span class="x" style="left:{x_axis(t) / 10:g}%">{t:.9g} s</span>' for t in x_ticks]
     name = escape(", ".join(name for name, _, _, _ in lines))
     return (f'<div class="plot{"" if x_labels else " bare"}" style="height:{height}px">'
             f'<svg viewBox="0 0 {WIDTH} {HEIGHT}" preserveAspectRatio="none" role="img" aria-label="{name} over time">'
@@ -224,15 +228,15 @@ def legend(*entries):
 # What must hold after a run, as (text, holds).
 def accounts(report):
     frames, ptz = report["frames"], report["ptz"]
+    whole, recorded = frames["produced"] == frames["encoded"] + frames["dropped"], len(report["series"]["frame"])
     sums = all(sum(c[k] for c in ptz["clients"]) == ptz[k] for k in ("sent", "refused", "results", "notices"))
     expired = report["watchdog"]["expired"]
     return [
-        (f'{grouped(frames["produced"])} frames produced = {grouped(frames["encoded"])} encoded + '
-         f'{grouped(frames["dropped"])} dropped', frames["produced"] == frames["encoded"] + frames["dropped"]),
-        (f'{grouped(len(report["series"]["frame"]))} frames recorded, one by one',
-         len(report["series"]["frame"]) == frames["encoded"]),
-        (f'{grouped(ptz["unanswered"])} PTZ commands unanswered', ptz["unanswered"] == 0),
-        ("the clients' PTZ counts add up", sums),
+        (f'frames: {grouped(frames["produced"])} produced {"=" if whole else "≠"} {grouped(frames["encoded"])} '
+         f'encoded + {grouped(frames["dropped"])} dropped', whole),
+        (f"recorded one by one: {grouped(recorded)}", recorded == frames["encoded"]),
+        (f'PTZ commands unanswered: {grouped(ptz["unanswered"])}', ptz["unanswered"] == 0),
+        (f"the clients' PTZ counts {'' if sums else 'do not '}add up", sums),
         (f'watchdog: "{expired}" stopped keeping alive' if expired else "every thread kept alive", not expired),
     ]
 
@@ -327,7 +331,7 @@ def ptz_cards(report):
         return lambda first, last: f'{axis} {track[axis][last]} at {track["time_us"][last] / 1e6:.2f} s'
     drawn = "".join(f"<h3>{axis}</h3>" + plot(track["time_us"], [(axis, style, track[axis], True)], "", tip(axis), end,
                                               height=92, from_zero=False, x_labels=axis == "zoom")
-                    for axis, style in axes)
+                    for axis, style in axes) if track["time_us"] else '<p class="empty">no command was carried out</p>'
     keys = ("sent", "refused", "results", "notices")
     counts = table(("client", *keys), [(c["name"], *(grouped(c[k]) for k in keys)) for c in ptz["clients"]],
                    ("all", *(grouped(ptz[k]) for k in keys)))
@@ -345,8 +349,8 @@ def info_frames(report):
             note += f", checksum {'right' if sum(data[:size]) % 256 == 0 else 'WRONG'}"
         out.append(f'<div class="frame"><h3>{escape(name)}</h3><span class="note">{note}</span>'
                    f'<p class="bytes">{groups}</p></div>')
-    body = "".join(out) or '<p class="empty">none</p>'
-    return card("InfoFrames", legend(("head", "type, version, length"), ("sum", "checksum")) + body)
+    body = legend(("head", "type, version, length"), ("sum", "checksum")) + "".join(out)
+    return card("InfoFrames", body if out else '<p class="empty">none</p>')
 
 
 def longest(report, count=8):
