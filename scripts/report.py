@@ -5,16 +5,14 @@
 # output, exit status 1 and no page.
 import base64
 import json
-import math
 import struct
 import sys
 import zlib
 from html import escape
 from pathlib import Path
 
-WIDTH = HEIGHT = 1000  # of every drawing; the browser stretches it, texts stand beside it
-HIT_COLUMNS = 160      # columns of a chart that show a tooltip
-FEW = 80               # up to so many points each one gets a dot
+sys.dont_write_bytecode = True  # the checkout stays clean
+from report_plot import legend, plot
 
 NUMBERS = [int]
 CLIENT = {"name": str, "sent": int, "refused": int, "results": int, "notices": int}
@@ -136,106 +134,22 @@ def png(width, height, pixels):
             chunk(b"IDAT", zlib.compress(rows, 9)) + chunk(b"IEND", b""))
 
 
-# ---- charts ----------------------------------------------------------------------------------------
-
-# Round values from at most low to at least high, about count of them.
-def ticks(low, high, count, whole=False):
-    raw = max(high - low, 1e-9) / count
-    power = 10.0 ** math.floor(math.log10(raw))
-    step = next(power * m for m in (1, 2, 5, 10) if power * m >= raw * 0.999)
-    if whole:
-        step = max(1, math.ceil(step))
-    return [step * i for i in range(math.floor(low / step + 1e-9), math.ceil(high / step - 1e-9) + 1)]
-
-
-class Axis:
-    def __init__(self, low, high):
-        self.low, self.span = low, (high - low) or 1
-
-    def __call__(self, value):  # 0 to 1000
-        return round((value - self.low) / self.span * WIDTH, 1)
-
-
-# Indices to draw: all, or the smallest and the largest value of each column of the drawing.
-def thin(xs, ys, axis):
-    if len(xs) <= 2 * WIDTH:
-        return range(len(xs))
-    columns = {}
-    for i, x in enumerate(xs):
-        columns.setdefault(int(axis(x)), []).append(i)
-    kept = set()
-    for column in columns.values():
-        kept |= {min(column, key=ys.__getitem__), max(column, key=ys.__getitem__)}
-    return sorted(kept | {0, len(xs) - 1})
-
-
-def line_of(xs, ys, x_axis, y_axis, style, steps=False):
-    points = [(x_axis(xs[i]), round(HEIGHT - y_axis(ys[i]), 1)) for i in thin(xs, ys, x_axis)]
-    path = f"M{points[0][0]} {points[0][1]}" + "".join(
-        f"H{x}V{y}" if steps else f"L{x} {y}" for x, y in points[1:])
-    drawn = f'<path class="line {style}" d="{path}{f"H{WIDTH}" if steps else ""}"/>'
-    if len(points) <= FEW:
-        drawn += f'<path class="dot {style}" d="{"".join(f"M{x} {y}h0" for x, y in points)}"/>'
-    return drawn
-
-
-# Invisible columns with a tooltip for the samples from first to last.
-def hit_columns(xs, axis, tip):
-    bins = {}
-    for i, x in enumerate(xs):
-        bins.setdefault(min(int(axis(x) * HIT_COLUMNS / WIDTH), HIT_COLUMNS - 1), []).append(i)
-    width = WIDTH / HIT_COLUMNS
-    return "".join(f'<rect class="hit" x="{n * width:g}" y="0" width="{width:g}" height="{HEIGHT}">'
-                   f"<title>{escape(tip(found[0], found[-1]))}</title></rect>" for n, found in bins.items())
-
-
-# One drawing. lines: (name, style, values, steps); marks: (value, label), horizontal; bands: (from, to).
-def plot(xs, lines, unit, tip, end, height=210, marks=(), bands=(), from_zero=True, x_labels=True):
-    if not xs:
-        return '<p class="empty">nothing was recorded</p>'
-    values = [v for _, _, ys, _ in lines for v in ys] + [v for v, _ in marks]
-    low, high = min(values), max(values)
-    if from_zero or low < 0.4 * high:
-        low = min(low, 0)
-    if high == low:
-        low, high = (low - 1, high + 1) if low else (0, 1)
-    y_ticks = ticks(low, high, 4 if height > 150 else 2, whole=not unit)
-    x_axis, y_axis = Axis(0, max(end, max(xs)) / 1e6), Axis(y_ticks[0], y_ticks[-1])
-    x_ticks = [t for t in ticks(0, x_axis.span, 6) if 0 <= t <= x_axis.span * 1.0001]
-    xs = [x / 1e6 for x in xs]
-    out = ['<g class="bands">', *(f'<rect x="{x_axis(a / 1e6)}" y="0" height="{HEIGHT}" '
-                                  f'width="{max(x_axis(b / 1e6) - x_axis(a / 1e6), 1.5):g}"/>' for a, b in bands), "</g>"]
-    out += [f'<path class="grid" d="M0 {HEIGHT - y_axis(t)}H{WIDTH}"/>' for t in y_ticks]
-    out += [line_of(xs, ys, x_axis, y_axis, style, steps) for _, style, ys, steps in reversed(lines)]
-    out += [f'<path class="mark" d="M0 {HEIGHT - y_axis(v)}H{WIDTH}"/>' for v, _ in marks]
-    out.append(hit_columns(xs, x_axis, tip))
-    labels = [f'<span class="y" style="top:{100 - y_axis(t) / 10:g}%">{t:.9g}{unit and " " + unit}</span>' for t in y_ticks]
-    if x_labels:
-        labels += [f'<span class="x" style="left:{x_axis(t) / 10:g}%">{t:.9g} s</span>' for t in x_ticks]
-    name = escape(", ".join(name for name, _, _, _ in lines))
-    return (f'<div class="plot{"" if x_labels else " bare"}" style="height:{height}px">'
-            f'<svg viewBox="0 0 {WIDTH} {HEIGHT}" preserveAspectRatio="none" role="img" aria-label="{name} over time">'
-            f'{"".join(out)}</svg>{"".join(labels)}</div>')
-
-
-def legend(*entries):
-    return '<ul class="legend">' + "".join(
-        f'<li><i class="{style}"></i>{escape(text)}</li>' for style, text in entries) + "</ul>"
-
-
 # ---- the sections ----------------------------------------------------------------------------------
 
 # What must hold after a run, as (text, holds).
 def accounts(report):
     frames, ptz = report["frames"], report["ptz"]
     whole, recorded = frames["produced"] == frames["encoded"] + frames["dropped"], len(report["series"]["frame"])
+    answered = ptz["sent"] == ptz["results"] + ptz["refused"]
     sums = all(sum(c[k] for c in ptz["clients"]) == ptz[k] for k in ("sent", "refused", "results", "notices"))
     expired = report["watchdog"]["expired"]
     return [
         (f'frames: {grouped(frames["produced"])} produced {"=" if whole else "≠"} {grouped(frames["encoded"])} '
          f'encoded + {grouped(frames["dropped"])} dropped', whole),
+        (f'PTZ: {grouped(ptz["sent"])} sent {"=" if answered else "≠"} {grouped(ptz["results"])} results + '
+         f'{grouped(ptz["refused"])} refused', answered),
         (f"recorded one by one: {grouped(recorded)}", recorded == frames["encoded"]),
-        (f'PTZ commands unanswered: {grouped(ptz["unanswered"])}', ptz["unanswered"] == 0),
+        (f'unanswered: {grouped(ptz["unanswered"])}', ptz["unanswered"] == 0),
         (f"the clients' PTZ counts {'' if sums else 'do not '}add up", sums),
         (f'watchdog: "{expired}" stopped keeping alive' if expired else "every thread kept alive", not expired),
     ]
@@ -294,8 +208,9 @@ def frame_charts(report):
     series, end = report["series"], report["program"]["run_ms"] * 1000
     depth = report["configuration"]["queue_depth"]
 
-    def tip(column, show):
+    def tip(column, show, skipped=0):
         def text(first, last):
+            first, last = first + skipped, last + skipped
             part = series[column][first:last + 1]
             frame = str(series["frame"][first]) + (f' to {series["frame"][last]}' if last > first else "")
             value = show(min(part)) + (f" to {show(max(part))}" if max(part) > min(part) else "")
@@ -305,18 +220,18 @@ def frame_charts(report):
     def ms(column):
         return [us / 1000 for us in series[column]]
     times, (holes, missing) = series["time_us"], gaps(series)
-    interval = frame_interval(report) / 1000
+    interval, first = frame_interval(report) / 1000, 1 if series["interval_us"][:1] == [0] else 0
     return [
         card("Frame interval", legend(("one", "interval"), ("two", "largest of the last second"),
                                       ("mark", f"configured, {interval:g} ms")) +
-             plot(times, [("frame interval", "one", ms("interval_us"), False),
-                          ("largest of the last second", "two", ms("largest_interval_us"), True)], "ms",
-                  tip("interval_us", in_ms), end, marks=[(interval, "")], from_zero=False),
-             "from one captured frame to the next"),
+             plot(times[first:], [("frame interval", "one", ms("interval_us")[first:], False),
+                                  ("largest of the last second", "two", ms("largest_interval_us")[first:], True)],
+                  "ms", tip("interval_us", in_ms, first), end, marks=[interval], from_zero=False),
+             "from one encoded frame to the next"),
         card("Queue depth", legend(("one", "frames waiting"), ("mark", f"configured, {depth}"),
                                    ("band", f"frames missing from the sequence: {grouped(missing)}")) +
              plot(times, [("queue depth", "one", series["queue_depth"], True)], "",
-                  tip("queue_depth", str), end, marks=[(depth, "")], bands=holes),
+                  tip("queue_depth", str), end, marks=[depth], bands=holes),
              "frames between capture and encoder, when the encoder takes one"),
         card("Jitter", plot(times, [("jitter", "one", ms("jitter_us"), False)], "ms", tip("jitter_us", in_ms), end),
              "how far a frame lies behind the best one of the recent past"),
@@ -325,17 +240,18 @@ def frame_charts(report):
 
 def ptz_cards(report):
     ptz, end = report["ptz"], report["program"]["run_ms"] * 1000
-    track, axes = ptz["track"], (("pan", "one"), ("tilt", "two"), ("zoom", "three"))
+    track, axes = ptz["track"], (("pan", "one", "°"), ("tilt", "two", "°"), ("zoom", "three", "×"))
 
-    def tip(axis):
-        return lambda first, last: f'{axis} {track[axis][last]} at {track["time_us"][last] / 1e6:.2f} s'
-    drawn = "".join(f"<h3>{axis}</h3>" + plot(track["time_us"], [(axis, style, track[axis], True)], "", tip(axis), end,
-                                              height=92, from_zero=False, x_labels=axis == "zoom")
-                    for axis, style in axes) if track["time_us"] else '<p class="empty">no command was carried out</p>'
+    def tip(axis, unit):
+        return lambda _, last: f'{axis} {track[axis][last] / 100:g} {unit} at {track["time_us"][last] / 1e6:.2f} s'
+    drawn = "".join(f"<h3>{axis}</h3>" + plot(track["time_us"], [(axis, style, [v / 100 for v in track[axis]], True)],
+                                              unit, tip(axis, unit), end, height=92, from_zero=False,
+                                              x_labels=axis == "zoom")
+                    for axis, style, unit in axes) if track["time_us"] else '<p class="empty">no command was carried out</p>'
     keys = ("sent", "refused", "results", "notices")
     counts = table(("client", *keys), [(c["name"], *(grouped(c[k]) for k in keys)) for c in ptz["clients"]],
                    ("all", *(grouped(ptz[k]) for k in keys)))
-    return [card("PTZ track", drawn, "positions in the driver's units"), card("PTZ commands", counts)]
+    return [card("PTZ track", drawn), card("PTZ commands", counts)]
 
 
 def info_frames(report):
