@@ -140,16 +140,16 @@ def png(width, height, pixels):
 def accounts(report):
     frames, ptz = report["frames"], report["ptz"]
     whole, recorded = frames["produced"] == frames["encoded"] + frames["dropped"], len(report["series"]["frame"])
-    answered = ptz["sent"] == ptz["results"] + ptz["refused"]
+    answered = ptz["sent"] == ptz["results"] + ptz["refused"] + ptz["unanswered"]
     sums = all(sum(c[k] for c in ptz["clients"]) == ptz[k] for k in ("sent", "refused", "results", "notices"))
     expired = report["watchdog"]["expired"]
     return [
         (f'frames: {grouped(frames["produced"])} produced {"=" if whole else "≠"} {grouped(frames["encoded"])} '
          f'encoded + {grouped(frames["dropped"])} dropped', whole),
         (f'PTZ: {grouped(ptz["sent"])} sent {"=" if answered else "≠"} {grouped(ptz["results"])} results + '
-         f'{grouped(ptz["refused"])} refused', answered),
+         f'{grouped(ptz["refused"])} refused + {grouped(ptz["unanswered"])} unanswered',
+         answered and ptz["unanswered"] == 0),
         (f"recorded one by one: {grouped(recorded)}", recorded == frames["encoded"]),
-        (f'unanswered: {grouped(ptz["unanswered"])}', ptz["unanswered"] == 0),
         (f"the clients' PTZ counts {'' if sums else 'do not '}add up", sums),
         (f'watchdog: "{expired}" stopped keeping alive' if expired else "every thread kept alive", not expired),
     ]
@@ -223,17 +223,17 @@ def frame_charts(report):
     interval, first = frame_interval(report) / 1000, 1 if series["interval_us"][:1] == [0] else 0
     return [
         card("Frame interval", legend(("one", "interval"), ("two", "largest of the last second"),
-                                      ("mark", f"configured, {interval:g} ms")) +
+                                      ("mark", f"configured, {interval:.4g} ms")) +
              plot(times[first:], [("frame interval", "one", ms("interval_us")[first:], False),
                                   ("largest of the last second", "two", ms("largest_interval_us")[first:], True)],
-                  "ms", tip("interval_us", in_ms, first), end, marks=[interval], from_zero=False),
+                  " ms", tip("interval_us", in_ms, first), end, marks=[interval], from_zero=False),
              "from one encoded frame to the next"),
         card("Queue depth", legend(("one", "frames waiting"), ("mark", f"configured, {depth}"),
                                    ("band", f"frames missing from the sequence: {grouped(missing)}")) +
              plot(times, [("queue depth", "one", series["queue_depth"], True)], "",
                   tip("queue_depth", str), end, marks=[depth], bands=holes),
              "frames between capture and encoder, when the encoder takes one"),
-        card("Jitter", plot(times, [("jitter", "one", ms("jitter_us"), False)], "ms", tip("jitter_us", in_ms), end),
+        card("Jitter", plot(times, [("jitter", "one", ms("jitter_us"), False)], " ms", tip("jitter_us", in_ms), end),
              "how far a frame lies behind the best one of the recent past"),
     ]
 
@@ -243,7 +243,7 @@ def ptz_cards(report):
     track, axes = ptz["track"], (("pan", "one", "°"), ("tilt", "two", "°"), ("zoom", "three", "×"))
 
     def tip(axis, unit):
-        return lambda _, last: f'{axis} {track[axis][last] / 100:g} {unit} at {track["time_us"][last] / 1e6:.2f} s'
+        return lambda _, last: f'{axis} {track[axis][last] / 100:g}{unit} at {track["time_us"][last] / 1e6:.2f} s'
     drawn = "".join(f"<h3>{axis}</h3>" + plot(track["time_us"], [(axis, style, [v / 100 for v in track[axis]], True)],
                                               unit, tip(axis, unit), end, height=92, from_zero=False,
                                               x_labels=axis == "zoom")

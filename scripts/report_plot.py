@@ -44,7 +44,7 @@ def line_of(xs, ys, x_axis, y_axis, style, steps=False):
     path = f"M{points[0][0]} {points[0][1]}" + "".join(
         f"H{x}V{y}" if steps else f"L{x} {y}" for x, y in points[1:])
     drawn = f'<path class="line {style}" d="{path}{f"H{WIDTH}" if steps else ""}"/>'
-    if len(points) <= FEW:
+    if len(points) <= (2 if steps else FEW):
         drawn += f'<path class="dot {style}" d="{"".join(f"M{x} {y}h0" for x, y in points)}"/>'
     return drawn
 
@@ -79,7 +79,7 @@ def plot(xs, lines, unit, tip, end, height=210, marks=(), bands=(), from_zero=Tr
     out += [line_of(xs, ys, x_axis, y_axis, style, steps) for _, style, ys, steps in reversed(lines)]
     out += [f'<path class="mark" d="M0 {HEIGHT - y_axis(v)}H{WIDTH}"/>' for v in marks]
     out.append(hit_columns(xs, x_axis, tip))
-    labels = [f'<span class="y" style="top:{100 - y_axis(t) / 10:g}%">{t:.9g}{unit and " " + unit}</span>' for t in y_ticks]
+    labels = [f'<span class="y" style="top:{100 - y_axis(t) / 10:g}%">{t:.9g}{unit}</span>' for t in y_ticks]
     if x_labels:
         labels += [f'<span class="x" style="left:{x_axis(t) / 10:g}%">{t:.9g} s</span>' for t in x_ticks]
     name = escape(", ".join(name for name, _, _, _ in lines))
