@@ -189,7 +189,7 @@ def frame_interval(report):
     return 1e6 / max(report["configuration"]["frame_rate"], 1)
 
 
-# The stretches of time in which frames are missing from the sequence, touching ones joined.
+# The stretches of time in which frames are missing from the sequence, and how many are missing.
 def gaps(series):
     found, count = [], 0
     for i in range(1, len(series["frame"])):
@@ -197,10 +197,7 @@ def gaps(series):
         if missing <= 0:
             continue
         count += missing
-        if found and found[-1][1] == series["time_us"][i - 1]:
-            found[-1] = (found[-1][0], series["time_us"][i])
-        else:
-            found.append((series["time_us"][i - 1], series["time_us"][i]))
+        found.append((series["time_us"][i - 1], series["time_us"][i]))
     return found, count
 
 

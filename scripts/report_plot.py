@@ -59,6 +59,19 @@ def hit_columns(xs, axis, tip):
                    f"<title>{escape(tip(found[0], found[-1]))}</title></rect>" for n, found in bins.items())
 
 
+# Stretches of time as columns of the drawing, those that touch there joined.
+def band_rects(bands, axis):
+    joined = []
+    for start, end in bands:
+        left, right = axis(start / 1e6), axis(end / 1e6)
+        if joined and left - joined[-1][1] < 1:
+            joined[-1][1] = max(right, joined[-1][1])
+        else:
+            joined.append([left, right])
+    return '<g class="bands">' + "".join(
+        f'<rect x="{left}" y="0" width="{max(right - left, 1.5):g}" height="{HEIGHT}"/>' for left, right in joined) + "</g>"
+
+
 # One drawing. lines: (name, style, values, steps); marks: values, horizontal; bands: (from, to) of time.
 def plot(xs, lines, unit, tip, end, height=210, marks=(), bands=(), from_zero=True, x_labels=True):
     if not xs:
@@ -73,8 +86,7 @@ def plot(xs, lines, unit, tip, end, height=210, marks=(), bands=(), from_zero=Tr
     x_axis, y_axis = Axis(0, max(end, max(xs)) / 1e6), Axis(y_ticks[0], y_ticks[-1])
     x_ticks = [t for t in ticks(0, x_axis.span, 6) if 0 <= t <= x_axis.span * 1.0001]
     xs = [x / 1e6 for x in xs]
-    out = ['<g class="bands">', *(f'<rect x="{x_axis(a / 1e6)}" y="0" height="{HEIGHT}" '
-                                  f'width="{max(x_axis(b / 1e6) - x_axis(a / 1e6), 1.5):g}"/>' for a, b in bands), "</g>"]
+    out = [band_rects(bands, x_axis)]
     out += [f'<path class="grid" d="M0 {HEIGHT - y_axis(t)}H{WIDTH}"/>' for t in y_ticks]
     out += [line_of(xs, ys, x_axis, y_axis, style, steps) for _, style, ys, steps in reversed(lines)]
     out += [f'<path class="mark" d="M0 {HEIGHT - y_axis(v)}H{WIDTH}"/>' for v in marks]
