@@ -5,8 +5,7 @@
 //     main thread: timers, watchdog checks, statistics; at the end the accounts and the report
 //
 // SPDX-License-Identifier: MIT
-#include <unistd.h>
-
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -46,8 +45,10 @@ Holdings settled_holdings(const Holdings &expected) {
 }
 
 constinit std::atomic<Session *> g_session{nullptr};  // whom a signal ends
+constinit std::atomic<bool> g_signalled{false};       // also before there is a session
 
 void on_signal(int) {
+    g_signalled = true;
     if (Session *session = g_session; session != nullptr) session->interrupt();
 }
 
@@ -65,6 +66,7 @@ bool play(const Options &options) {
     Session session(options, config, read_script(options.ptz));
     bool good = show_info_frames(session.info_frames);
     g_session = &session;
+    if (g_signalled) session.interrupt();
     session.play();
     g_session = nullptr;
     std::printf("ended by %s after %.1f s\n", session.ended_by,
