@@ -2,6 +2,7 @@
 # One case of the camera example, run and checked: scripts/try-camera.sh CASE CAMERA
 # Cases: pattern clip slow stall crash signal refused
 set -euo pipefail
+export TZ=UTC  # unset, the C library reads its zone for every log line, behind a lock unknown to ThreadSanitizer
 case=$1
 camera=$(realpath "$2")
 here=$(cd "$(dirname "$0")" && pwd)
