@@ -52,7 +52,7 @@ const char *const kUsage =
 
 Options parse_options(int argc, char **argv) {
     Options options;
-    for (int i = 1; i < argc; ++i) {
+    for (int i = 1; i < argc; i += 2) {
         const std::string option = argv[i];
         if (option == "--help") {
             options.help = true;
@@ -78,7 +78,6 @@ Options parse_options(int argc, char **argv) {
         else
             throw BadInput("unknown option " + option);
         if (value.empty()) throw BadInput(option + " wants a value");
-        ++i;
     }
     if (options.config.empty()) options.config = default_file("camera.ini");
     if (options.ptz.empty()) options.ptz = default_file("ptz.txt");
