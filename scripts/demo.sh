@@ -42,15 +42,14 @@ if command -v ffmpeg >/dev/null && ffmpeg -v error -nostdin -y -f lavfi -i tests
   clip=(--frames "$build/clip.nv12")
 fi
 
-cd "$build/camera"
 echo "== camera: two seconds of ${clip[1]:-its test pattern}"
 attempt 0 "$camera" --seconds 2 --report "$report" "${clip[@]}"
 echo "$output"
 if command -v python3 >/dev/null; then
-  attempt 0 python3 "$OLDPWD/scripts/check-camera-report.py" "$report" "${clip[@]}"
+  attempt 0 python3 scripts/check-camera-report.py "$report" "${clip[@]}"
   echo "$output"
-  if [ -f "$OLDPWD/scripts/report.py" ]; then
-    attempt 0 python3 "$OLDPWD/scripts/report.py" "$report" "$page"
+  if [ -f scripts/report.py ]; then
+    attempt 0 python3 scripts/report.py "$report" "$page"
     echo "page: $page"
   fi
 fi

@@ -12,7 +12,7 @@ namespace camera {
 namespace {
 constexpr int32_t kIdleMs = 100;  // how long the thread waits before it shows that it is alive
 constexpr int32_t kRetryMs = 10;  // the channel's queue is full: a pause, then again
-constexpr uint64_t kPatienceUs = 5'000'000;  // for a result, after the run's end
+constexpr uint64_t kPatienceUs = 10'000'000;  // for a result, after the run's end
 }  // namespace
 
 PtzClient::PtzClient(const Run &run, zt_ptz_t *channel, const char *name,

@@ -92,7 +92,6 @@ std::vector<ScriptStep> read_script(const std::string &path) {
             throw BadInput(place + "no client is called \"" + step.client + "\"");
         }
         words >> verb;
-        std::istringstream arguments;
         if (!read_step(verb, words, &step) || words >> rest) {
             throw BadInput(place + "\"" + verb + "\" is not understood");
         }

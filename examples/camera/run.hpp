@@ -56,7 +56,8 @@ class Run {
     Fault fault_;
 };
 
-// The watchdog manager over a stand-in for the hardware, which counts how often it is fed.
+// The watchdog manager over a stand-in for the hardware, which counts how often it is fed. The main
+// thread does the checking; should it hang itself, real hardware would starve and start anew.
 class Supervisor {
   public:
     explicit Supervisor(int32_t timeout_ms);

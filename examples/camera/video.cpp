@@ -83,17 +83,18 @@ Component component(const Picture &picture, const Format &format, uint32_t index
     }
     if (!chroma) return {0, plane_width * bytes, bytes, 0, 0};
     if (format.arrangement == kSemi) {
-        return {luma + format.order[index] * bytes, plane_width * 2 * bytes, 2 * bytes, sx, sy};
+        return {luma + uint64_t{format.order[index]} * bytes, plane_width * 2 * bytes, 2 * bytes,
+                sx, sy};
     }
     const uint64_t plane = plane_width * (picture.height >> sy) * bytes;
     return {luma + (format.order[index] - 1) * plane, plane_width * bytes, bytes, sx, sy};
 }
 
-uint8_t *sample(const Picture &picture, uint32_t index, uint32_t x, uint32_t y, uint8_t *frame) {
+// Where a component of a pixel is, from the start of the frame; of two bytes the upper one.
+uint64_t offset_of(const Picture &picture, uint32_t index, uint32_t x, uint32_t y) {
     const Component &c = picture.components[index];
-    uint8_t *place =
-        frame + c.base + (y >> c.shift_y) * c.stride + uint64_t{x >> c.shift_x} * c.step;
-    return place + picture.sample_bytes - 1;  // the upper byte
+    return c.base + (y >> c.shift_y) * c.stride + uint64_t{x >> c.shift_x} * c.step +
+           picture.sample_bytes - 1;
 }
 
 }  // namespace
@@ -146,7 +147,7 @@ void draw_pattern(const Picture &picture, uint64_t sequence, uint8_t *frame) {
                 const bool square = square_row && x - left < side;
                 const uint32_t bar = (x + shift) % picture.width * kBars / picture.width;
                 const Colour &colour = kColours[square ? kBars : bar];
-                uint8_t *place = sample(picture, i, x, y, frame);
+                uint8_t *place = frame + offset_of(picture, i, x, y);
                 *place = picture.model == kRgb ? colour.rgb[i] : colour.yuv[i];
                 if (picture.sample_bytes == 2) place[-1] = 0;
             }
@@ -159,17 +160,17 @@ Thumbnail make_thumbnail(const Picture &picture, const uint8_t *frame) {
     small.width = std::min(picture.width, 96U);
     small.height = std::max(1U, small.width * picture.height / picture.width);
     small.pixels.reserve(size_t{small.width} * small.height);
-    auto *bytes = const_cast<uint8_t *>(frame);  // only read below
+    const auto value = [&](uint32_t index, uint32_t x, uint32_t y) -> uint32_t {
+        return frame[offset_of(picture, index, x, y)];
+    };
     for (uint32_t row = 0; row < small.height; ++row) {
         const uint32_t y = row * picture.height / small.height;
         for (uint32_t column = 0; column < small.width; ++column) {
             const uint32_t x = column * picture.width / small.width;
-            uint32_t grey = *sample(picture, 0, x, y, bytes);
-            if (picture.model == kRgb) {
-                grey = (grey * 77 + *sample(picture, 1, x, y, bytes) * 150U +
-                        *sample(picture, 2, x, y, bytes) * 29U) >>
-                       8;
-            }
+            const uint32_t grey =
+                picture.model == kRgb
+                    ? (value(0, x, y) * 77 + value(1, x, y) * 150 + value(2, x, y) * 29) / 256
+                    : value(0, x, y);
             small.pixels.push_back(static_cast<uint8_t>(grey));
         }
     }
