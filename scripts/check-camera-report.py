@@ -8,6 +8,7 @@ import argparse
 import base64
 import hashlib
 import json
+import reprlib
 import sys
 import zlib
 
@@ -20,7 +21,7 @@ failures = []
 
 def same(what, actual, expected):
     if actual != expected:
-        failures.append(f"{what}: {actual}, not {expected}")
+        failures.append(f"{what}: {reprlib.repr(actual)}, not {reprlib.repr(expected)}")
 
 
 def check_frames(report):
