@@ -93,6 +93,7 @@ case $case in
     echo 'nobody wait 1' >bad.txt && refuse 'bad.txt, line 1: no client' --ptz bad.txt
     head -c 400000 /dev/zero >bad.yuv && refuse 'bad.yuv: not a whole number of frames' --frames bad.yuv
     refuse 'nowhere.yuv: ' --frames nowhere.yuv
+    refuse 'nowhere/report.json: cannot be written' --report nowhere/report.json
     refuse 'no thread is called "nobody"' --stall nobody
     refuse '--seconds wants a number' --seconds 0
     refuse 'unknown option --fast' --fast ;;

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 
 #include "config.hpp"
 #include "options.hpp"
@@ -71,6 +72,9 @@ void catch_signals() {
 bool play(const Options &options) {
     const Config config = read_config(options.config);
     Session session(options, config, read_script(options.ptz));
+    if (!options.report.empty() && !std::ofstream(options.report)) {  // now rather than at the end
+        throw BadInput(options.report + ": cannot be written");
+    }
     bool good = show_info_frames(session.info_frames);
     g_session = &session;
     if (g_signalled) session.interrupt();

@@ -39,7 +39,13 @@ Session::Session(const Options &options_given, const Config &config_read,
     require(zt_event_init(&wake_), "event");
 }
 
-Session::~Session() { zt_event_deinit(&wake_); }
+// Threads still run only when a later one could not be started: they end, and their destructors join.
+Session::~Session() {
+    run.stop();
+    encoder.drain();
+    driver.finish();
+    zt_event_deinit(&wake_);
+}
 
 void Session::interrupt() {
     interrupted_ = true;
