@@ -2,18 +2,21 @@
 # Installs, by name and with apt, what is missing on a Debian 12 machine. Does nothing when all is there.
 #   scripts/setup.sh build   what builds the library and the examples
 #   scripts/setup.sh test    also what the tests need
-#   scripts/setup.sh         everything, the gates of .ci/run included
+#   scripts/setup.sh         all of these, and what the gates of .ci/run need
+#   scripts/setup.sh extras  ffmpeg, with which the demo makes a real clip; never needed
 set -euo pipefail
 
 build=(g++ cmake make ninja-build)
 test=(libgtest-dev python3)
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
+extras=(ffmpeg)
 
 case "${1:-all}" in
   build) wanted=("${build[@]}") ;;
   test) wanted=("${build[@]}" "${test[@]}") ;;
   all) wanted=("${build[@]}" "${test[@]}" "${gates[@]}") ;;
-  *) echo "usage: scripts/setup.sh [build|test|all]" >&2; exit 2 ;;
+  extras) wanted=("${extras[@]}") ;;
+  *) echo "usage: scripts/setup.sh [build|test|all|extras]" >&2; exit 2 ;;
 esac
 
 missing=()
