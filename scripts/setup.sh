@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Installs, by name and with apt, what is missing on a Debian 12 machine. Does nothing when all is there.
-#   scripts/setup.sh build   what builds the library and the examples
+#   scripts/setup.sh build   what builds the library, and builds and runs the examples
 #   scripts/setup.sh test    also what the tests need
 #   scripts/setup.sh         all of these, and what the gates of .ci/run need
 #   scripts/setup.sh extras  ffmpeg, with which the demo makes a real clip; never needed
 set -euo pipefail
 
-build=(g++ cmake make ninja-build)
-test=(libgtest-dev python3)
+build=(g++ cmake make ninja-build python3)
+test=(libgtest-dev)
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
 extras=(ffmpeg)
 
