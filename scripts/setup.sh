@@ -2,18 +2,22 @@
 # Installs, by name and with apt, what is missing on a Debian 12 machine. Does nothing when all is there.
 #   scripts/setup.sh build   what builds the library and the examples
 #   scripts/setup.sh test    also what the tests need
+#   scripts/setup.sh bench   what builds the library and the benchmarks
 #   scripts/setup.sh         everything, the gates of .ci/run included
 set -euo pipefail
 
 build=(g++ cmake make ninja-build)
 test=(libgtest-dev python3)
+bench=(pkg-config python3 binutils libbenchmark-dev zlib1g-dev libdeflate-dev libisal-dev libssl-dev libglib2.0-dev
+       libapr1-dev libaprutil1-dev libboost-dev libinih-dev rapidjson-dev)
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
 
 case "${1:-all}" in
   build) wanted=("${build[@]}") ;;
   test) wanted=("${build[@]}" "${test[@]}") ;;
-  all) wanted=("${build[@]}" "${test[@]}" "${gates[@]}") ;;
-  *) echo "usage: scripts/setup.sh [build|test|all]" >&2; exit 2 ;;
+  bench) wanted=("${build[@]}" "${bench[@]}") ;;
+  all) wanted=("${build[@]}" "${test[@]}" "${bench[@]}" "${gates[@]}") ;;
+  *) echo "usage: scripts/setup.sh [build|test|bench|all]" >&2; exit 2 ;;
 esac
 
 missing=()

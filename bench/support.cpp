@@ -1,0 +1,60 @@
+#include "support.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <numeric>
+#include <random>
+
+namespace bench {
+
+std::string name(const std::string &test, size_t size, const std::string &who) {
+    return test + "/" + std::to_string(size) + "/" + who;
+}
+
+std::string name(const std::string &test, const Piece &piece, const std::string &who) {
+    std::string size = std::to_string(piece.size);
+    if (piece.offset != 0) size += "@" + std::to_string(piece.offset);
+    return test + "/" + size + "/" + who;
+}
+
+uint8_t *room(size_t size, size_t offset) {
+    void *block = nullptr;
+    require(posix_memalign(&block, 64, size + offset + 64) == 0, "memory");
+    std::memset(block, 0x5a, size + offset + 64);
+    return static_cast<uint8_t *>(block) + offset;
+}
+
+const uint8_t *random_bytes(const Piece &piece) {
+    uint8_t *bytes = room(piece.size, piece.offset);
+    std::mt19937_64 random(piece.size);
+    for (size_t i = 0; i < piece.size; ++i) bytes[i] = static_cast<uint8_t>(random());
+    return bytes;
+}
+
+std::vector<uint32_t> shuffled(size_t count, uint32_t seed) {
+    std::vector<uint32_t> numbers(count);
+    std::iota(numbers.begin(), numbers.end(), 0U);
+    std::mt19937 random(seed);
+    for (size_t i = count; i > 1; --i) std::swap(numbers[i - 1], numbers[random() % i]);
+    return numbers;
+}
+
+void require(bool condition, const char *what) {
+    if (condition) return;
+    std::fprintf(stderr, "bench: %s\n", what);
+    std::exit(1);
+}
+
+}  // namespace bench
+
+int main(int argc, char **argv) {
+    bench::add_crc();
+    bench::add_digests();
+    bench::add_base64();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,60 @@
+// What the cases share: the registration, the sizes and the data.
+//
+// A benchmark is named case/size/who. scripts/bench-report.py pairs those of one case and size, and
+// bench/expected.tsv says which of them is measured against which.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+// A piece of data: its length, and how far its start lies behind a 64-byte boundary.
+struct Piece {
+    size_t size;
+    size_t offset;
+};
+
+inline constexpr Piece kPieces[] = {{16, 0},    {64, 0},      {256, 0},  {1024, 0},
+                                    {65536, 0}, {1 << 20, 0}, {1021, 3}, {1000003, 1}};
+
+std::string name(const std::string &test, size_t size, const std::string &who);
+std::string name(const std::string &test, const Piece &piece, const std::string &who);
+
+// Random bytes, the same in every run, that live as long as the process.
+const uint8_t *random_bytes(const Piece &piece);
+
+// Room for size bytes, offset bytes behind a 64-byte boundary, touched.
+uint8_t *room(size_t size, size_t offset = 0);
+
+// The numbers 0 to count - 1 in random order, the same in every run.
+std::vector<uint32_t> shuffled(size_t count, uint32_t seed = 1);
+
+// Stops the run: a case that does not do what it claims must not be timed.
+void require(bool condition, const char *what);
+
+// Registers a case whose body is one operation on items items (or bytes).
+template <class Body>
+void add(const std::string &full_name, size_t items, Body body) {
+    benchmark::RegisterBenchmark(full_name.c_str(), [items, body](benchmark::State &state) {
+        for (auto _ : state) {
+            body();
+            benchmark::ClobberMemory();
+        }
+        if (items > 1) {
+            state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(items));
+        }
+    });
+}
+
+// One function a source file, each registering that file's cases.
+void add_crc();
+void add_digests();
+void add_base64();
+
+}  // namespace bench
