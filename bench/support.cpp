@@ -52,6 +52,16 @@ int main(int argc, char **argv) {
     bench::add_crc();
     bench::add_digests();
     bench::add_base64();
+    bench::add_tree();
+    bench::add_heap();
+    bench::add_sort();
+    bench::add_queues();
+    bench::add_id_pool();
+    bench::add_windows();
+    bench::add_publish();
+    bench::add_supervision();
+    bench::add_texts();
+    bench::add_small();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     benchmark::RunSpecifiedBenchmarks();

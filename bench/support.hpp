@@ -8,7 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -52,9 +52,54 @@ void add(const std::string &full_name, size_t items, Body body) {
     });
 }
 
+// Registers a case whose step() is one operation on items items. The fixture is made anew for every
+// repetition, outside of the time that counts.
+template <class Fixture>
+void add_fixture(const std::string &full_name, size_t size, size_t items = 1) {
+    benchmark::RegisterBenchmark(full_name.c_str(), [size, items](benchmark::State &state) {
+        const auto fixture = std::make_unique<Fixture>(size);
+        for (auto _ : state) {
+            fixture->step();
+            benchmark::ClobberMemory();
+        }
+        if (items > 1) {
+            state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(items));
+        }
+    });
+}
+
+// The sizes at which the growth of an operation's time is looked at.
+inline constexpr size_t kGrowth[] = {10, 1000, 100000, 1000000};
+
+// A cheap source of random numbers for use inside of what is measured, the same for everybody.
+class Random {
+  public:
+    uint64_t next() {
+        state_ ^= state_ << 13;
+        state_ ^= state_ >> 7;
+        state_ ^= state_ << 17;
+        return state_;
+    }
+    // A number below limit, which is below 2^32.
+    size_t below(size_t limit) { return (next() >> 32) * limit >> 32; }
+
+  private:
+    uint64_t state_ = 88172645463325252;
+};
+
 // One function a source file, each registering that file's cases.
 void add_crc();
 void add_digests();
 void add_base64();
+void add_tree();
+void add_heap();
+void add_sort();
+void add_queues();
+void add_id_pool();
+void add_windows();
+void add_publish();
+void add_supervision();
+void add_texts();
+void add_small();
 
 }  // namespace bench

@@ -1,0 +1,106 @@
+// The list sort: records in the order of their addresses, with random keys. Linking them in that order
+// anew is part of the time, for everybody. Boost compares through a function pointer as GLib and we do,
+// and once more with the comparison inlined.
+#include <glib.h>
+
+#include <boost/intrusive/list.hpp>
+
+#include "support.hpp"
+#include "zt/list_sort.h"
+
+namespace bench {
+namespace {
+
+struct Ours {
+    struct Record {
+        zt_list_head_t link;
+        uint32_t key;
+    };
+    std::vector<Record> records;
+    zt_list_head_t head = ZT_LIST_HEAD_INIT(head);
+
+    explicit Ours(size_t count) : records(count) {
+        const std::vector<uint32_t> keys = shuffled(count);
+        for (size_t i = 0; i < count; ++i) records[i].key = keys[i];
+    }
+    static int32_t compare(void *, zt_list_head_t *first, zt_list_head_t *second) {
+        const uint32_t a = ZT_CONTAINER_OF(first, Record, link)->key;
+        const uint32_t b = ZT_CONTAINER_OF(second, Record, link)->key;
+        return a < b ? -1 : a > b;
+    }
+    void step() {
+        zt_list_head_t *last = &head;
+        for (Record &record : records) {
+            last->next = &record.link;
+            record.link.prev = last;
+            last = &record.link;
+        }
+        last->next = &head;
+        head.prev = last;
+        zt_list_sort(nullptr, &head, compare);
+        require(ZT_CONTAINER_OF(head.next, Record, link)->key == 0, "the list is not sorted");
+    }
+};
+
+struct BoostRecord
+    : boost::intrusive::list_base_hook<boost::intrusive::link_mode<boost::intrusive::normal_link>> {
+    uint32_t key;
+};
+bool less(const BoostRecord &a, const BoostRecord &b) { return a.key < b.key; }
+
+template <bool kInlined>
+struct Boost {
+    std::vector<BoostRecord> records;
+    boost::intrusive::list<BoostRecord, boost::intrusive::constant_time_size<false>> list;
+    bool (*function)(const BoostRecord &, const BoostRecord &) = less;
+
+    explicit Boost(size_t count) : records(count) {
+        const std::vector<uint32_t> keys = shuffled(count);
+        for (size_t i = 0; i < count; ++i) records[i].key = keys[i];
+        benchmark::DoNotOptimize(function);
+    }
+    void step() {
+        list.clear();
+        for (BoostRecord &record : records) list.push_back(record);
+        if (kInlined) {
+            list.sort([](const BoostRecord &a, const BoostRecord &b) { return less(a, b); });
+        } else {
+            list.sort(function);
+        }
+        require(list.front().key == 0, "the list is not sorted");
+    }
+};
+
+struct Glib {
+    std::vector<GList> links;
+    std::vector<uint32_t> keys;
+
+    explicit Glib(size_t count) : links(count), keys(shuffled(count)) {}
+    static gint compare(gconstpointer first, gconstpointer second) {
+        const uint32_t a = *static_cast<const uint32_t *>(first);
+        const uint32_t b = *static_cast<const uint32_t *>(second);
+        return a < b ? -1 : a > b;
+    }
+    void step() {
+        const size_t count = links.size();
+        for (size_t i = 0; i < count; ++i) {
+            links[i] = {&keys[i], i + 1 < count ? &links[i + 1] : nullptr,
+                        i > 0 ? &links[i - 1] : nullptr};
+        }
+        const GList *first = g_list_sort(&links[0], compare);
+        require(*static_cast<uint32_t *>(first->data) == 0, "the list is not sorted");
+    }
+};
+
+}  // namespace
+
+void add_sort() {
+    for (size_t count : kGrowth) add_fixture<Ours>(name("list_sort", count, "zt"), count, count);
+    for (size_t count : {1000U, 100000U}) {
+        add_fixture<Boost<false>>(name("list_sort", count, "boost"), count, count);
+        add_fixture<Boost<true>>(name("list_sort", count, "boost-inlined"), count, count);
+        add_fixture<Glib>(name("list_sort", count, "glib"), count, count);
+    }
+}
+
+}  // namespace bench
