@@ -1,4 +1,5 @@
-// The binary heap: all records inserted in random order, then dequeued one by one. The peers keep
+// The binary heap: so many records with random keys inserted, then dequeued. The keys are new in every
+// round, or the processor would learn them. The peers keep
 // pointers to the records and compare through a function pointer as we do; the priority queue of the
 // standard library has the comparison inlined.
 #include <boost/heap/pairing_heap.hpp>
@@ -13,35 +14,30 @@ namespace {
 struct Ours {
     struct Record {
         zt_heap_node_t node;
-        uint32_t key;
+        uint64_t key;
     };
     std::vector<Record> records;
+    Random random;
     zt_heap_t heap{};
 
-    explicit Ours(size_t count) : records(count) {
-        const std::vector<uint32_t> keys = shuffled(count);
-        for (size_t i = 0; i < count; ++i) records[i].key = keys[i];
-    }
+    explicit Ours(size_t count) : records(count) {}
     static int32_t less(zt_heap_node_t *first, zt_heap_node_t *second) {
         return ZT_CONTAINER_OF(first, Record, node)->key <
                ZT_CONTAINER_OF(second, Record, node)->key;
     }
     void step() {
-        for (Record &record : records) zt_heap_insert(&heap, &record.node, less);
+        for (Record &record : records) {
+            record.key = random.next();
+            zt_heap_insert(&heap, &record.node, less);
+        }
         while (heap.root != nullptr) zt_heap_dequeue(&heap, less);
     }
 };
 
 struct Record {
-    uint32_t key;
+    uint64_t key;
 };
 using Function = bool (*)(const Record *, const Record *);
-
-std::vector<Record> records_of(size_t count) {
-    std::vector<Record> records;
-    for (uint32_t key : shuffled(count)) records.push_back({key});
-    return records;
-}
 
 // These heaps have the greatest on top.
 bool after(const Record *a, const Record *b) { return a->key > b->key; }
@@ -52,9 +48,10 @@ struct Pairing {
         bool operator()(const Record *a, const Record *b) const { return function(a, b); }
     };
     std::vector<Record> records;
+    Random random;
     boost::heap::pairing_heap<Record *, boost::heap::compare<After>> heap{After{hidden()}};
 
-    explicit Pairing(size_t count) : records(records_of(count)) {}
+    explicit Pairing(size_t count) : records(count) {}
     // The compiler must not see which function it is.
     static Function hidden() {
         Function function = after;
@@ -62,7 +59,10 @@ struct Pairing {
         return function;
     }
     void step() {
-        for (Record &record : records) heap.push(&record);
+        for (Record &record : records) {
+            record.key = random.next();
+            heap.push(&record);
+        }
         while (!heap.empty()) heap.pop();
     }
 };
@@ -72,11 +72,15 @@ struct Standard {
         bool operator()(const Record *a, const Record *b) const { return after(a, b); }
     };
     std::vector<Record> records;
+    Random random;
     std::priority_queue<Record *, std::vector<Record *>, After> heap;
 
-    explicit Standard(size_t count) : records(records_of(count)) {}
+    explicit Standard(size_t count) : records(count) {}
     void step() {
-        for (Record &record : records) heap.push(&record);
+        for (Record &record : records) {
+            record.key = random.next();
+            heap.push(&record);
+        }
         while (!heap.empty()) heap.pop();
     }
 };

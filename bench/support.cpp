@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <numeric>
 #include <random>
 
 namespace bench {
@@ -30,14 +29,6 @@ const uint8_t *random_bytes(const Piece &piece) {
     std::mt19937_64 random(piece.size);
     for (size_t i = 0; i < piece.size; ++i) bytes[i] = static_cast<uint8_t>(random());
     return bytes;
-}
-
-std::vector<uint32_t> shuffled(size_t count, uint32_t seed) {
-    std::vector<uint32_t> numbers(count);
-    std::iota(numbers.begin(), numbers.end(), 0U);
-    std::mt19937 random(seed);
-    for (size_t i = count; i > 1; --i) std::swap(numbers[i - 1], numbers[random() % i]);
-    return numbers;
 }
 
 void require(bool condition, const char *what) {

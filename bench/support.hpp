@@ -32,9 +32,6 @@ const uint8_t *random_bytes(const Piece &piece);
 // Room for size bytes, offset bytes behind a 64-byte boundary, touched.
 uint8_t *room(size_t size, size_t offset = 0);
 
-// The numbers 0 to count - 1 in random order, the same in every run.
-std::vector<uint32_t> shuffled(size_t count, uint32_t seed = 1);
-
 // Stops the run: a case that does not do what it claims must not be timed.
 void require(bool condition, const char *what);
 
@@ -71,7 +68,8 @@ void add_fixture(const std::string &full_name, size_t size, size_t items = 1) {
 // The sizes at which the growth of an operation's time is looked at.
 inline constexpr size_t kGrowth[] = {10, 1000, 100000, 1000000};
 
-// A cheap source of random numbers for use inside of what is measured, the same for everybody.
+// A cheap source of random numbers, the same for everybody, for use inside of what is measured. None
+// comes twice.
 class Random {
   public:
     uint64_t next() {
