@@ -1,9 +1,16 @@
 #!/usr/bin/env python3
-"""Turns the results of the benchmarks into a table of ratios: bench-report.py RESULTS.json"""
+"""Turns the results of the benchmarks into tables.
+
+  bench-report.py RESULTS.json                  prints the ratios
+  bench-report.py RESULTS.json --check          and fails when a row of bench/expected.tsv has no results
+  bench-report.py RESULTS.json --publish BUILD  and writes docs/performance.md and docs/performance.svg
+"""
 import json
 import os
 import statistics
 import sys
+
+from bench_publish import publish
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
@@ -24,52 +31,71 @@ def read_results(path):
             for key, row in times.items()}
 
 
+def read_tsv(name):
+    with open(os.path.join(ROOT, "bench", name), encoding="utf-8") as file:
+        for line in file:
+            if not line.startswith("#") and line.strip():
+                yield line.rstrip("\n").split("\t")
+
+
 def read_expected():
     rows = []
-    with open(os.path.join(ROOT, "bench", "expected.tsv"), encoding="utf-8") as file:
-        for line in file:
-            if line.startswith("#") or not line.strip():
-                continue
-            case, sizes, who, against, kind, bound = line.rstrip("\n").split("\t")
-            low, _, high = sizes.partition("-") if "-" in sizes else (sizes, "", sizes)
-            low = int(low) if low not in ("", "*") else 0
-            high = int(high) if high not in ("", "*") else 1 << 62
-            rows.append((case, low, high, who, against.split(","), kind,
-                         None if bound == "-" else float(bound)))
+    for case, sizes, who, against, kind, bound in read_tsv("expected.tsv"):
+        low, dash, high = sizes.partition("-")
+        rows.append({"case": case, "who": who, "kind": kind,
+                     "low": 0 if sizes == "*" or not low else int(low),
+                     "high": 1 << 62 if sizes == "*" or (dash and not high) else int(high or low),
+                     "against": [] if against == "-" else against.split(","),
+                     "bound": None if bound == "-" else float(bound)})
     return rows
+
+
+def compare(want, case, size, times):
+    """The row of the report for one row of expected.tsv and one size; None without a peer's result."""
+    peers = [peer for peer in want["against"] if peer in times]
+    if want["against"] and not peers:
+        return None
+    mine, kind, bound = times[want["who"]], want["kind"], want["bound"]
+    peer = min(peers, key=times.get) if peers else None
+    theirs = times.get(peer)
+    if kind == "floor":
+        value, unit = mine / theirs, "x floor"
+    elif kind == "plus":
+        value, unit = mine - theirs, "ns more"
+    elif kind == "ns":
+        value, unit = mine, "ns"
+    else:
+        value, unit = theirs / mine, "x"
+    reached = bound is None or (value >= bound if kind == "peer" else value <= bound)
+    return {"case": case, "size": size, "who": want["who"], "peer": peer, "ns": mine, "kind": kind,
+            "peer_ns": theirs, "value": value, "unit": unit, "bound": bound, "reached": reached}
+
+
+def number_of(size):
+    return int(size.split("@")[0])
 
 
 def judge(results, expected):
-    """One row a ratio; of several rows of the table for one pair, the first counts."""
-    rows, seen = [], set()
-    for case, low, high, who, against, kind, bound in expected:
-        for (its_case, size), times in results.items():
-            number = int(size.split("@")[0])
-            peers = [peer for peer in against if peer in times]
-            key = (case, size, who, tuple(against))
-            if its_case != case or not low <= number <= high or who not in times or key in seen:
+    """One row a ratio; where several rows of expected.tsv name one pair, the first counts. Also the
+    rows of expected.tsv that nothing was found for."""
+    rows, seen, unused = [], set(), []
+    for want in expected:
+        used = False
+        for (case, size), times in results.items():
+            if case != want["case"] or not want["low"] <= number_of(size) <= want["high"] or \
+                    want["who"] not in times:
                 continue
-            if against != ["-"] and not peers:
-                continue
-            seen.add(key)
-            mine = times[who]
-            peer = min(peers, key=times.get) if peers else None
-            theirs = times[peer] if peer else None
-            if kind == "floor":
-                value, unit = mine / theirs, "x floor"
-            elif kind == "plus":
-                value, unit = mine - theirs, "ns more"
-            elif kind == "ns":
-                value, unit = mine, "ns"
-            else:
-                value, unit = theirs / mine, "x"
-            reached = bound is None or (value >= bound if kind == "peer" else value <= bound)
-            rows.append({"case": case, "size": size, "who": who, "against": peer or "", "ns": mine,
-                         "peer_ns": theirs, "kind": kind, "value": value, "unit": unit,
-                         "bound": bound, "reached": reached})
-    order = list(dict.fromkeys(case for case, *_ in expected))
-    rows.sort(key=lambda row: (order.index(row["case"]), int(row["size"].split("@")[0])))
-    return rows
+            row = compare(want, case, size, times)
+            used = used or row is not None
+            key = (case, size, want["who"], tuple(want["against"]))
+            if row is not None and key not in seen:
+                seen.add(key)
+                rows.append(row)
+        if not used:
+            unused.append(f"{want['case']} {want['who']} {','.join(want['against'])}")
+    order = list(dict.fromkeys(want["case"] for want in expected))
+    rows.sort(key=lambda row: (order.index(row["case"]), number_of(row["size"])))
+    return rows, unused
 
 
 def verdict(row):
@@ -87,7 +113,7 @@ def print_table(rows):
     cells = [("case", "size", "ns", "against", "ns", "ratio", "")]
     for row in rows:
         case = row["case"] if row["who"] == "zt" else f"{row['case']} ({row['who']})"
-        cells.append((case, row["size"], nanoseconds(row["ns"]), row["against"],
+        cells.append((case, row["size"], nanoseconds(row["ns"]), row["peer"] or "",
                       nanoseconds(row["peer_ns"]), f"{row['value']:.2f} {row['unit']}",
                       verdict(row)))
     widths = [max(len(line[i]) for line in cells) for i in range(7)]
@@ -100,8 +126,17 @@ def print_table(rows):
 
 
 def main():
-    results = read_results(sys.argv[1])
-    print_table(judge(results, read_expected()))
+    arguments = sys.argv[1:]
+    results = read_results(arguments[0])
+    rows, unused = judge(results, read_expected())
+    if arguments[1:] == ["--check"]:
+        for name in unused:
+            print(f"bench-report: no results for {name}")
+        sys.exit(1 if unused else 0)
+    print_table(rows)
+    if arguments[1:2] == ["--publish"]:
+        cases = {row[0]: row[1:] for row in read_tsv("cases.tsv")}
+        publish(ROOT, arguments[2], cases, results, rows)
 
 
 if __name__ == "__main__":

@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 publish=()
 filter=.
 case "${1:-}" in
-  --publish) publish=(--publish docs) ;;
+  --publish) publish=(--publish build/bench) ;;
   -*) echo "usage: scripts/bench.sh [--publish | FILTER]" >&2; exit 2 ;;
   ?*) filter=$1 ;;
 esac

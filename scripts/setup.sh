@@ -9,7 +9,7 @@ set -euo pipefail
 build=(g++ cmake make ninja-build)
 test=(libgtest-dev python3)
 bench=(pkg-config python3 binutils libbenchmark-dev zlib1g-dev libdeflate-dev libisal-dev libssl-dev libglib2.0-dev
-       libapr1-dev libaprutil1-dev libboost-dev libinih-dev rapidjson-dev)
+       libapr1-dev libboost-dev libinih-dev rapidjson-dev)
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
 
 case "${1:-all}" in
