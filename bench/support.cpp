@@ -1,5 +1,9 @@
 #include "support.hpp"
 
+#ifdef __x86_64__
+#include <immintrin.h>
+#endif
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -30,6 +34,18 @@ const uint8_t *random_bytes(const Piece &piece) {
     for (size_t i = 0; i < piece.size; ++i) bytes[i] = static_cast<uint8_t>(random());
     return bytes;
 }
+
+#ifdef __x86_64__
+namespace {
+__attribute__((target("avx"))) void zero_upper_halves() { _mm256_zeroupper(); }
+}  // namespace
+
+void settle() {
+    if (__builtin_cpu_supports("avx")) zero_upper_halves();
+}
+#else
+void settle() {}
+#endif
 
 void require(bool condition, const char *what) {
     if (condition) return;

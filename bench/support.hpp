@@ -35,10 +35,15 @@ uint8_t *room(size_t size, size_t offset = 0);
 // Stops the run: a case that does not do what it claims must not be timed.
 void require(bool condition, const char *what);
 
+// Empties the upper halves of the vector registers. Some peers leave them in use, which makes whatever
+// is measured next several times slower.
+void settle();
+
 // Registers a case whose body is one operation on items items (or bytes).
 template <class Body>
 void add(const std::string &full_name, size_t items, Body body) {
     benchmark::RegisterBenchmark(full_name.c_str(), [items, body](benchmark::State &state) {
+        settle();
         for (auto _ : state) {
             body();
             benchmark::ClobberMemory();
@@ -55,6 +60,7 @@ template <class Fixture>
 void add_fixture(const std::string &full_name, size_t size, size_t items = 1) {
     benchmark::RegisterBenchmark(full_name.c_str(), [size, items](benchmark::State &state) {
         const auto fixture = std::make_unique<Fixture>(size);
+        settle();
         for (auto _ : state) {
             fixture->step();
             benchmark::ClobberMemory();

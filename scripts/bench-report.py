@@ -93,7 +93,7 @@ def judge(results, expected):
                 rows.append(row)
         if not used:
             unused.append(f"{want['case']} {want['who']} {','.join(want['against'])}")
-    order = list(dict.fromkeys(want["case"] for want in expected))
+    order = [row[0] for row in read_tsv("cases.tsv")]
     rows.sort(key=lambda row: (order.index(row["case"]), number_of(row["size"])))
     return rows, unused
 

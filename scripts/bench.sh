@@ -21,4 +21,4 @@ build=build/bench
   --benchmark_repetitions=7 --benchmark_enable_random_interleaving=true \
   --benchmark_out="$build/results.json" --benchmark_out_format=json >"$build/run.log" 2>&1 ||
   { tail -n 20 "$build/run.log"; echo "bench: the benchmarks failed"; exit 1; }
-python3 scripts/bench-report.py "$build/results.json" "${publish[@]}"
+python3 -B scripts/bench-report.py "$build/results.json" "${publish[@]}"

@@ -2,20 +2,20 @@
 import math
 from html import escape
 
-LABEL, WIDTH, RIGHT, BAR, STEP, TOP = 330, 560, 110, 14, 22, 84
+LABEL, WIDTH, RIGHT, BAR, STEP, GAP, TOP = 340, 540, 160, 14, 22, 26, 84
 FASTER, SLOWER, FLOOR = "#2b7a9b", "#c8553d", "#8a8f98"
 STYLE = """
   text { font: 12px system-ui, sans-serif; fill: #24292f }
   .title { font-size: 16px; font-weight: 600 }
   .note, .tick { fill: #6e7781 }
-  .value { font-weight: 600 }
+  .group, .value { font-weight: 600 }
   .grid { stroke: #d8dee4 } .one { stroke: #57606a; stroke-width: 1.5 }
 """
-TICKS = (0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100)
+TICKS = (0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100)
 
 
 def number(value):
-    return f"{value:.0f}" if value >= 20 else f"{value:.1f}" if value >= 10 else f"{value:.2f}"
+    return f"{value:.0f}" if value >= 20 else f"{value:.1f}" if value >= 10 else f"{value:.2g}" if value < 0.1 else f"{value:.2f}"
 
 
 def axis(rows):
@@ -43,10 +43,23 @@ def bar(row, place, y):
             f'<tspan class="note">{escape(suffix)}</tspan></text>\n')
 
 
+def bars(rows, place):
+    """The bars under the headings of their groups, and where they end."""
+    parts, y, group = [], TOP, None
+    for row in rows:
+        if row["group"] != group:
+            group = row["group"]
+            parts.append(f'<text class="group" x="20" y="{y + 17}">{escape(group)}</text>\n')
+            y += GAP
+        parts.append(bar(row, place, y + 2))
+        y += STEP
+    return parts, y
+
+
 def draw(rows, machine):
-    """rows: dictionaries with label, value, kind (peer or floor) and peer, in the order of the bars."""
+    """rows: dictionaries with group, label, value, kind (peer or floor) and peer, in order."""
     place, ticks = axis(rows)
-    bottom = TOP + STEP * len(rows)
+    drawn, bottom = bars(rows, place)
     width, height = LABEL + WIDTH + RIGHT, bottom + 24
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" '
              f'width="{width}" height="{height}">\n<style>{STYLE}</style>\n'
@@ -58,8 +71,7 @@ def draw(rows, machine):
         parts.append(f'<line class="{"one" if tick == 1 else "grid"}" x1="{x:.1f}" y1="{TOP - 6}" '
                      f'x2="{x:.1f}" y2="{bottom}"/>\n<text class="tick" x="{x:.1f}" y="{TOP - 12}" '
                      f'text-anchor="middle">{tick:g}</text>\n')
-    for i, row in enumerate(rows):
-        parts.append(bar(row, place, TOP + STEP * i + 2))
+    parts += drawn
     parts.append(f'<text class="note" x="20" y="{bottom + 16}">Right of 1: libzt_base is faster. Grey: '
                  f'time over that of the least work possible, where shorter is better.</text>\n</svg>\n')
     return "".join(parts)

@@ -21,12 +21,13 @@ def first_match(pattern, text):
 
 def describe_machine():
     with open("/proc/cpuinfo", encoding="utf-8") as file:
-        cpu = first_match(r"^model name\s*:(.*)$", file.read())
+        info = file.read()
     with open("/etc/os-release", encoding="utf-8") as file:
         system = first_match(r"^PRETTY_NAME=(.*)$", file.read())
-    virtual = "a virtual machine of " if "hypervisor" in open("/proc/cpuinfo").read() else ""
-    compiler = output("c++", "--version").splitlines()[0]
-    return f"{virtual}{os.cpu_count()} cores of a {cpu} ({platform.machine()}), {system}, {compiler}"
+    cpu = first_match(r"^model name\s*:(.*)$", info)
+    cores = f"{os.cpu_count()} cores{' (virtual)' if 'hypervisor' in info else ''}"
+    compiler = output("c++", "-dumpfullversion").strip()
+    return f"{cpu}, {cores}, {platform.machine()}, {system}, GCC {compiler}"
 
 
 def peer_versions():

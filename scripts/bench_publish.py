@@ -7,7 +7,7 @@ from bench_machine import allocations, describe_machine, peer_versions, weights
 HEAD = """# Performance
 
 Measured by `scripts/bench.sh --publish`, which writes this page and its chart anew on your machine. This
-one: {machine}.
+one was {machine}.
 
 Every case runs beside its peers in one process and against the shared library, both as a distribution or
 a user builds them. A figure is the median of 7 repetitions, and the repetitions of all cases are
@@ -24,6 +24,10 @@ Peers: {peers}.
 Times are of one operation. A ratio above 1 means that libzt_base is faster. A floor is the work that the
 operation cannot do without (its locks, system calls and copies): there the figure is our time over the
 floor's. *Bound* is what the ratio is held to.
+"""
+
+SECTION = """
+### {group}
 
 | case | size | libzt_base | peer | peer's time | ratio | bound | others |
 |---|--:|--:|---|--:|--:|---|---|
@@ -86,27 +90,37 @@ def bound(row):
     return text if row["reached"] else text + " **not reached**"
 
 
+def ratio_line(title, size, rows):
+    """The line of one case and size: the row that has a bound, and the rest in the last column."""
+    first, *rest = sorted(rows, key=lambda row: row["bound"] is None)
+    others = [f"{row['peer']} {figure(row)}" + ("" if row["who"] == "zt" else f" ({row['who']})")
+              for row in rest if row["peer"] != first["peer"] or row["who"] != first["who"]]
+    theirs = "" if first["peer_ns"] is None else duration(first["peer_ns"])
+    return (f"| {title} | {size} | {duration(first['ns'])} | {first['peer'] or ''} "
+            f"| {theirs} | {figure(first)} | {bound(first)} | {', '.join(others)} |\n")
+
+
 def ratio_lines(cases, rows):
-    """One line for each case and size: its first row, and the rest in the last column."""
-    groups = {}
+    lines, last = {}, None
     for row in rows:
-        groups.setdefault((row["case"], row["size"]), []).append(row)
-    for (case, size), group in groups.items():
-        title, unit, _ = cases[case]
-        group.sort(key=lambda row: row["bound"] is None)
-        first = group[0]
-        others = [f"{row['peer']} {figure(row)}" + ("" if row["who"] == "zt" else f" ({row['who']})")
-                  for row in group[1:] if row["peer"] != first["peer"] or row["who"] != "zt"]
-        theirs = "" if first["peer_ns"] is None else duration(first["peer_ns"])
-        yield (f"| {title} | {size_text(size, unit)} | {duration(first['ns'])} | {first['peer'] or ''} "
-               f"| {theirs} | {figure(first)} | {bound(first)} | {', '.join(others)} |\n")
+        lines.setdefault((row["case"], row["size"]), []).append(row)
+    for (case, size), group_rows in lines.items():
+        group, title, unit, _ = cases[case]
+        if group != last:
+            yield SECTION.format(group=group)
+        last = group
+        yield ratio_line(title, size_text(size, unit), group_rows)
+
+
+def growth_figure(time):
+    return f"{time:.3g}" if time < 1000 else f"{time:,.0f}"
 
 
 def growth_lines(cases, results):
-    for case, (title, _, expected) in cases.items():
+    for case, (_, title, _, expected) in cases.items():
         if expected != "-":
             times = [results.get((case, size), {}).get("zt") for size in GROWTH_SIZES]
-            cells = " | ".join("" if time is None else f"{time:.3g}" for time in times)
+            cells = " | ".join("" if time is None else growth_figure(time) for time in times)
             yield f"| {title} | {cells} | {expected} |\n"
 
 
@@ -116,17 +130,19 @@ def weight_lines(build):
                f"| {load:.0f} µs |\n")
 
 
+FEW_SIZES = ("crc32", "fpga_crc32", "crc16_ccitt", "sha256", "md5", "base64_encode", "base64_decode",
+             "base64_decode_lines")
+
+
 def chart_rows(cases, rows):
     """The bounds on peers and floors; of the digests, which have eight sizes, three."""
     for row in rows:
-        title, unit, _ = cases[row["case"]]
+        group, title, unit, _ = cases[row["case"]]
         if row["kind"] not in ("peer", "floor") or row["bound"] is None:
             continue
-        if unit == "bytes" and row["size"] not in ("64", "256", "1024", "65536"):
+        if row["case"] in FEW_SIZES and row["size"] not in ("64", "1024", "65536"):
             continue
-        if unit == "bytes" and row["size"] == "256" and row["case"] != "ring_buf":
-            continue
-        yield {**row, "label": f"{title}, {size_text(row['size'], unit)}"}
+        yield {**row, "group": group, "label": f"{title}, {size_text(row['size'], unit)}"}
 
 
 def publish(root, build, cases, results, rows):
