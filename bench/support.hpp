@@ -26,7 +26,7 @@ inline constexpr Piece kPieces[] = {{16, 0},    {64, 0},      {256, 0},  {1024, 
 std::string name(const std::string &test, size_t size, const std::string &who);
 std::string name(const std::string &test, const Piece &piece, const std::string &who);
 
-// Random bytes, the same in every run, that live as long as the process.
+// Random bytes, the same in every run and for everybody, that live as long as the process.
 const uint8_t *random_bytes(const Piece &piece);
 
 // Room for size bytes, offset bytes behind a 64-byte boundary, touched.

@@ -15,7 +15,9 @@ TICKS = (0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100)
 
 
 def number(value):
-    return f"{value:.0f}" if value >= 20 else f"{value:.1f}" if value >= 10 else f"{value:.2g}" if value < 0.1 else f"{value:.2f}"
+    if value < 0.1:
+        return f"{value:.2g}"
+    return f"{value:.0f}" if value >= 20 else f"{value:.1f}" if value >= 10 else f"{value:.2f}"
 
 
 def axis(rows):
