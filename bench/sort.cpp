@@ -25,7 +25,7 @@ struct Ours {
     static int32_t compare(void *, zt_list_head_t *first, zt_list_head_t *second) {
         const uint64_t a = ZT_CONTAINER_OF(first, Record, link)->key;
         const uint64_t b = ZT_CONTAINER_OF(second, Record, link)->key;
-        return a < b ? -1 : a > b;
+        return (a > b) - (a < b);  // no branch: half of them would be mispredicted
     }
     void step() {
         zt_list_head_t *last = &head;
@@ -80,7 +80,7 @@ struct Glib {
     static gint compare(gconstpointer first, gconstpointer second) {
         const uint64_t a = *static_cast<const uint64_t *>(first);
         const uint64_t b = *static_cast<const uint64_t *>(second);
-        return a < b ? -1 : a > b;
+        return (a > b) - (a < b);  // no branch: half of them would be mispredicted
     }
     void step() {
         const size_t count = links.size();

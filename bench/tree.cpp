@@ -24,7 +24,7 @@ struct Ours {
     static int32_t compare(zt_rbtree_node_t *first, zt_rbtree_node_t *second) {
         const uint64_t a = ZT_CONTAINER_OF(first, Record, node)->key;
         const uint64_t b = ZT_CONTAINER_OF(second, Record, node)->key;
-        return a < b ? -1 : a > b;
+        return (a > b) - (a < b);  // no branch: half of them would be mispredicted
     }
     void step() {
         for (Record &record : records) {
