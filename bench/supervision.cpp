@@ -6,6 +6,8 @@
 #include <ctime>
 
 #include "support.hpp"
+#include "zt/memory.h"
+#include "zt/mutex.h"
 #include "zt/ptz_internal.h"
 #include "zt/watchdog.h"
 
@@ -64,44 +66,48 @@ struct Ptz {
 };
 
 // A pair of the recursive lock for each of the three calls; the block into the queue and out of it; the
-// result kept and put into a message of zeros; the driver and the client told.
+// result kept and put into a message of zeros; the driver and the client told. kOurs: with locks and
+// copies through our exported operations, as the channel has to do it; else straight by the C library.
+template <bool kOurs>
 struct PtzFloor {
-    pthread_mutex_t lock;
+    zt_mutex_t lock;
     void (*command_ready)(zt_ptz_t *) = [](zt_ptz_t *) { ++g_ready; };
     zt_ptz_client_cb_t cb = on_message;
     zt_ptz_params_t block{}, slot{}, taken{};
     zt_ptz_result_t result{};
 
     explicit PtzFloor(size_t) {
-        pthread_mutexattr_t attributes;
-        pthread_mutexattr_init(&attributes);
-        pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-        pthread_mutex_init(&lock, &attributes);
+        require(zt_mutex_init(&lock) == 0, "no lock");
         benchmark::DoNotOptimize(command_ready);
         benchmark::DoNotOptimize(cb);
     }
-    ~PtzFloor() { pthread_mutex_destroy(&lock); }
+    ~PtzFloor() { zt_mutex_destroy(&lock); }
+    void take() { kOurs ? zt_mutex_lock(&lock) : pthread_mutex_lock(&lock.mutex); }
+    void give() { kOurs ? zt_mutex_unlock(&lock) : pthread_mutex_unlock(&lock.mutex); }
+    template <class Record>
+    static void copy(Record *to, const Record *from) {
+        kOurs ? zt_memcpy(to, from, sizeof *to) : std::memcpy(to, from, sizeof *to);
+        benchmark::DoNotOptimize(*to);
+    }
     void step() {
-        pthread_mutex_lock(&lock);
-        slot = block;
-        benchmark::DoNotOptimize(slot);
+        take();
+        copy(&slot, &block);
         command_ready(nullptr);
-        pthread_mutex_unlock(&lock);
+        give();
 
-        pthread_mutex_lock(&lock);
-        taken = slot;
-        benchmark::DoNotOptimize(taken);
-        pthread_mutex_unlock(&lock);
+        take();
+        copy(&taken, &slot);
+        give();
 
         result.code = ZT_PTZ_COMMAND_FREE;
-        pthread_mutex_lock(&lock);
-        zt_ptz_result_t copy = result;
-        benchmark::DoNotOptimize(copy);
+        take();
+        zt_ptz_result_t kept;
+        copy(&kept, &result);
         zt_ptz_msg_t msg;
-        std::memset(&msg, 0, sizeof msg);
-        msg.u.result = copy;
+        kOurs ? zt_memset(&msg, 0, sizeof msg) : std::memset(&msg, 0, sizeof msg);
+        copy(&msg.u.result, &kept);
         cb(nullptr, &msg, nullptr);
-        pthread_mutex_unlock(&lock);
+        give();
     }
 };
 
@@ -111,7 +117,8 @@ void add_supervision() {
     add_fixture<KeepAlive>("keep_alive/1/zt", 1);
     add_fixture<Clock>("keep_alive/1/clock", 1);
     add_fixture<Ptz>("ptz/1/zt", 1);
-    add_fixture<PtzFloor>("ptz/1/floor", 1);
+    add_fixture<PtzFloor<false>>("ptz/1/floor", 1);
+    add_fixture<PtzFloor<true>>("ptz/1/floor-exported", 1);
 }
 
 }  // namespace bench
