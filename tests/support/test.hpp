@@ -15,6 +15,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <deque>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -27,6 +28,7 @@
 
 #include "support/alloc_faults.hpp"
 #include "support/capture.hpp"
+#include "support/choices.hpp"
 #include "support/guarded.hpp"
 #include "support/threads.hpp"
 
