@@ -29,26 +29,29 @@ TEST(HdmiInfoFrame, CatalogueAndSets) {
     }
 }
 
-TEST(HdmiInfoFrame, SizeChecksumAndComparison) {
-    const Guarded rooms[2];
-    for (int length = 0; length < 256; ++length) {
-        const int size = std::min(length % 32 + 4, 31);
-        auto *frame = reinterpret_cast<uint8_t *>(rooms[0].last(size));
-        auto *other = reinterpret_cast<uint8_t *>(rooms[1].last(size));
-        for (int i = 0; i < size; ++i) frame[i] = static_cast<uint8_t>(i == 2 ? length : i * 37);
-        EXPECT_EQ(zt_hdmi_info_frame_get_size(frame), size);
-        frame[3] += zt_hdmi_info_frame_calc_checksum(frame);
-        EXPECT_EQ(zt_hdmi_info_frame_is_valid(frame), length % 32 < 28);
-        auto *shortest = reinterpret_cast<uint8_t *>(memcpy(rooms[1].last(4), frame, 4));
-        shortest[2] &= 0xE0;
-        EXPECT_EQ(zt_hdmi_info_frame_is_different(frame, shortest), length % 32 != 0);
-        for (int i = 0; i < size; ++i) {
-            memcpy(other, frame, size);
-            EXPECT_FALSE(zt_hdmi_info_frame_is_different(frame, other));
-            other[i] ^= i == 2 ? 0x80 : 0x11;  // the length itself stays in its memory
-            EXPECT_TRUE(zt_hdmi_info_frame_is_different(frame, other));
-            EXPECT_FALSE(zt_hdmi_info_frame_is_valid(other)) << length;
+// Any bytes, with a right checksum or not, and others that may be the same but for one byte.
+ZT_MODEL(HdmiInfoFrame, SizeChecksumAndComparison, 1, 50'000) {
+    static const Guarded rooms[2];
+    while (random.more()) {
+        std::string frames[2];
+        uint8_t *bytes[2];
+        for (int i = 0; i < 2; ++i) {
+            std::string &frame = frames[i] = i == 1 && random(8) ? frames[0] : random.text(31);
+            if (random(2)) frame[random(frame.size())] ^= 1 << random(8);
+            const size_t length = frame[2] & 31;
+            frame.resize(std::min<size_t>(length + 4, 31));
+            const int sum = std::accumulate(frame.begin(), frame.end(), 0);
+            bytes[i] =
+                reinterpret_cast<uint8_t *>(std::copy_n(frame.data(), frame.size(), rooms[i].last(frame.size()))) -
+                frame.size();
+            EXPECT_EQ(zt_hdmi_info_frame_get_size(bytes[i]), int(frame.size()));
+            EXPECT_EQ(zt_hdmi_info_frame_is_valid(bytes[i]), length < 28 && sum % 256 == 0);
+            EXPECT_EQ(zt_hdmi_info_frame_calc_checksum(bytes[i]), -sum & 255);
+            bytes[i][3] -= random(2) * sum, frame[3] = bytes[i][3];
+            EXPECT_EQ(zt_hdmi_info_frame_is_valid(bytes[i]),
+                      length < 28 && std::accumulate(frame.begin(), frame.end(), 0) % 256 == 0);
         }
+        EXPECT_EQ(zt_hdmi_info_frame_is_different(bytes[0], bytes[1]), frames[0] != frames[1]);
     }
 }
 

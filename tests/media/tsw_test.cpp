@@ -45,11 +45,11 @@ ZT_MODEL(Tsw, RandomStreamsAgainstTheModel, 400, 250) {
     uint64_t now = random() >> random(64), offset = 500, when = 0;
     while (random.more()) {
         const uint64_t what = random(128), limit = what / 2 == 3 ? what % 2 : usual_limit;
-        if (what == 0) offset = random();               // half the numbers away
-        if (what == 1) offset = uint64_t{1} << 63;      // the smallest delta of all
-        if (what == 2) offset += random(1000) - 500;    // a jump up or down
-        if (what == 3) now += random(2000);             // a gap
-        if (what == 4) now -= random(20);               // a clock set back
+        if (what == 0) offset = random();             // half the numbers away
+        if (what == 1) offset = uint64_t{1} << 63;    // the smallest delta of all
+        if (what == 2) offset += random(1000) - 500;  // a jump up or down
+        if (what == 3) now += random(2000);           // a gap
+        if (what == 4) now -= random(20);             // a clock set back
         if (what == 5) zt_tsw_reset(&tsw), model = {model.param, model.smoothed};
         if (what > 40) now += random(12);  // else a burst
         const uint64_t ref = now - offset - random(40);

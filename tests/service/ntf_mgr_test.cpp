@@ -27,7 +27,7 @@ struct Subject {
     Choices &random;
     zt_ntf_mgr_t manager = {};
     std::map<uint64_t, std::array<uint64_t, 3>> subscribers = {};  // enable mask, flags, raw flags
-    std::vector<std::pair<uint64_t, uint64_t>> links[12] = {};  // subscriber and bit, by notification
+    std::vector<std::pair<uint64_t, uint64_t>> links[12] = {};     // subscriber and bit, by notification
 
     void subscribe(uint64_t id) {
         int first = random(65) - 1, count = random(10) - 1, bits = first + count;

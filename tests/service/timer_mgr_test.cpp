@@ -33,7 +33,7 @@ ZT_MODEL(TimerMgr, DaysOfTimersFireWhenDue, 2, 20'000) {
         const std::vector<uint64_t> want(g_now + delay < earliest() ? 1 : 0, g_now + delay);
         due[timer] = g_now + delay;
         ASSERT_EQ(random(4) == 0 ? zt_timer_mgr_schedule_timer_abs(&manager, timer, due[timer])
-                                    : zt_timer_mgr_schedule_timer(&manager, timer, delay),
+                                 : zt_timer_mgr_schedule_timer(&manager, timer, delay),
                   0);
         ASSERT_EQ(g_alarms, want);
     };

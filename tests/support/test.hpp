@@ -20,6 +20,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <sstream>
 #include <string>
