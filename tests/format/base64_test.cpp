@@ -56,7 +56,8 @@ ZT_MODEL(Base64, GoesBothWaysAsTheModelDoes, 1, 100'000) {
         const bool right = slow_decode(text, bytes, needed);
         source = random(2) == 0 ? from.last(text.size()) : from.first();
         std::copy(text.begin(), text.end(), source);
-        std::memset(out = to.last(needed), 'x', right ? needed : 0), written = 99;
+        needed = right ? needed : 0, written = 99;
+        std::memset(out = to.last(needed), 'x', needed);
         const auto decode = [&](void *room, uint64_t size) {
             return zt_base64_decode(room, size, &written, source, text.size());
         };
