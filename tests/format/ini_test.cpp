@@ -4,10 +4,8 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 // The value of a key by the rules, line by line; false when there is none.
-bool slow_find(const std::string &text, const char *section, const std::string &key, std::string *value) {
+static bool slow_find(const std::string &text, const char *section, const std::string &key, std::string *value) {
     bool inside = section == nullptr;
     std::string feeds = text;
     std::replace(feeds.begin(), feeds.end(), '\r', '\n');
@@ -33,10 +31,7 @@ struct Reader {
     zt_ini_reader_t *reader = nullptr;
     Reader(const std::string &text, zt_status_t expected) {
         static const Guarded room;
-        char *source = room.last(text.size());
-        memcpy(source, text.data(), text.size());
-        const auto length = static_cast<uint32_t>(text.size());
-        EXPECT_EQ(zt_ini_reader_create(&reader, source, length), expected) << text;
+        EXPECT_EQ(zt_ini_reader_create(&reader, room.last(text), uint32_t(text.size())), expected) << text;
     }
     ~Reader() { zt_ini_read_destroy(reader); }
 };
@@ -44,14 +39,11 @@ struct Reader {
 // Texts of what matters and of any bytes, up to the first NUL; values and keys are found as the slow
 // model finds them, in a buffer of just the right size.
 ZT_MODEL(Ini, FindsWhatTheRulesSay, 1, 60'000) {
-    const std::string_view tokens[] = {"\n", "\n\n", "\r\n", "\n[a]\n", "\n[b]\n", "[a]", "a=", "\n\"a=\"\""};
+    const std::string tokens[] = {"\n", "\n\n", "\r\n", "\n[a]\n", "\n[b]\n", "[a]", "a=", "\n\"a=\"\""};
     while (random.more()) {
         std::string text = random.text(1);
-        for (uint64_t i = random(30); i > 0; --i)
-            if (const uint64_t kind = random(24); kind < 8)
-                text += tokens[kind];
-            else
-                text += random.text(1, kind < 23 ? " ab==[]\"\"\t#;/x\n" : "");
+        for (uint64_t i = random(30), kind; i > 0 && (kind = random(24), true); --i)
+            text += kind < 8 ? tokens[kind] : random.text(1, kind < 23 ? " ab==[]\"\"\t#;/x\n" : "");
         const std::string seen = text.substr(0, text.find('\0'));
         const bool any_line = seen.find_first_not_of("\r\n") != std::string::npos;
         const Reader ini(text, any_line ? 0 : 7);
@@ -133,5 +125,3 @@ TEST(Ini, FilesOfEveryKind) {
     close(keeps_pipe_open);
     EXPECT_EQ(std::system((std::string("rm -r ") + folder).c_str()), 0);
 }
-
-}  // namespace

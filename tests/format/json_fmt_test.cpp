@@ -6,11 +6,9 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 // Writes a random document and returns its text: what more than 31 containers hold is left out, and so
 // are closes without an open.
-std::string write_document(Choices &random, zt_json_fmt_t *fmt) {
+static std::string write_document(Choices &random, zt_json_fmt_t *fmt) {
     const size_t depth_wanted = random.pick({3, 40});
     std::string text, open;        // and what closes the containers that are open
     std::vector<int> items = {0};  // of each of them
@@ -33,39 +31,30 @@ std::string write_document(Choices &random, zt_json_fmt_t *fmt) {
             operation(fmt, name), put(value), open += bracket, items.push_back(0);
         };
         const uint64_t bits = random() >> random(64), n = random(2) ? ~bits : bits;
-        const std::string word = random.pick({"%d x", "", "\u00e4"}),
-                          data = random.text(random(random(9) > 7 ? 1200 : 9));
+        const uint64_t kind = open.empty() ? 10 + n % 2 : random(open.size() < depth_wanted ? 12 : 10);
+        const std::string word = random.pick({"%d x", "", "\u00e4"});
+        const std::string data = kind != 8 ? "" : random.text(random(9) > 7 ? random(1200) : random(9));
         const auto *const format = random.pick({"%.1f", "%.200f", "%g"});
-        char piece[1700] = "";
+        const double real = kind == 6 ? static_cast<float>(n) : static_cast<double>(n);
+        char digits[128], base64[1700] = "";
+        snprintf(digits, sizeof digits, format, real);
         uint64_t length = 0;
-        switch (open.empty() ? 12 : random(open.size() < depth_wanted ? 16 : 12)) {
+        EXPECT_EQ(zt_base64_encode(base64, sizeof base64, &length, data.data(), data.size()), 0);
+        switch (kind) {
             case 0: zt_json_fmt_add_int32(fmt, name, int32_t(n)), put(std::to_string(int32_t(n))); break;
             case 1: zt_json_fmt_add_int64(fmt, name, int64_t(n)), put(std::to_string(int64_t(n))); break;
             case 2: zt_json_fmt_add_uint32(fmt, name, uint32_t(n)), put(std::to_string(uint32_t(n))); break;
             case 3: zt_json_fmt_add_uint64(fmt, name, n), put(std::to_string(n)); break;
             case 4: zt_json_fmt_add_bool(fmt, name, n % 2), put(n % 2 ? "true" : "false"); break;
-            case 5:
-                zt_json_fmt_add_string(fmt, name, word.empty() ? nullptr : word.c_str()), put('"' + word + '"');
-                break;
-            case 6:
-                zt_json_fmt_add_float(fmt, name, format, static_cast<float>(n));
-                snprintf(piece, 128, format, double(static_cast<float>(n))), put(piece);
-                break;
-            case 7:
-                zt_json_fmt_add_double(fmt, name, format, static_cast<double>(n));
-                snprintf(piece, 128, format, static_cast<double>(n)), put(piece);
-                break;
+            case 5: zt_json_fmt_add_string(fmt, name, word.empty() ? nullptr : &word[0]), put('"' + word + '"'); break;
+            case 6: zt_json_fmt_add_float(fmt, name, format, static_cast<float>(n)), put(digits); break;
+            case 7: zt_json_fmt_add_double(fmt, name, format, real), put(digits); break;
             case 8:
-                zt_json_fmt_add_blob_b64(fmt, name, data.data(), data.size());
-                EXPECT_EQ(zt_base64_encode(piece, sizeof piece, &length, data.data(), data.size()), 0);
-                put('"' + std::string(piece) + '"');
+                zt_json_fmt_add_blob_b64(fmt, name, &data[0], data.size()), put('"' + std::string(base64) + '"');
                 break;
-            case 12:
-            case 13: begin(zt_json_fmt_open_object, "{\n", '}'); break;
-            case 14:
-            case 15: begin(zt_json_fmt_open_array, "[\n", ']'); break;
-            default:
-                if (open.size() > 1) close();
+            case 9: open.size() > 1 ? close() : void(); break;
+            case 10: begin(zt_json_fmt_open_object, "{\n", '}'); break;
+            case 11: begin(zt_json_fmt_open_array, "[\n", ']'); break;
         }
     } while (random.more());
     for (size_t left = open.size() + 2; left > 0; --left) close();
@@ -101,5 +90,3 @@ TEST(JsonFmt, FilesHoldWhatPythonReads) {
     EXPECT_EQ(std::system((std::string("python3 -m json.tool ") + path + " /dev/null").c_str()), 0);
     unlink(path);
 }
-
-}  // namespace

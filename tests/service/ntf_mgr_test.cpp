@@ -8,8 +8,6 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 std::string g_hooks;                                 // R and r: read_lock and read_unlock, W and w, F and f likewise
 std::vector<std::pair<uint64_t, uint64_t>> g_calls;  // subscriber and notification of each callback
 
@@ -18,10 +16,10 @@ constexpr zt_ntf_mgr_hook_t kRecord = [](auto) { g_hooks += kLetter; };
 const zt_ntf_mgr_ops_t kRecording = {kRecord<'R'>, kRecord<'r'>, kRecord<'W'>,
                                      kRecord<'w'>, kRecord<'F'>, kRecord<'f'>};
 
-bool on_change(zt_ntf_mgr_t *, uint64_t subscriber, uint64_t ntf) {
+static bool on_change(zt_ntf_mgr_t *, uint64_t subscriber, uint64_t ntf) {
     return g_calls.emplace_back(subscriber, ntf), g_hooks == "RF" && ntf % 3 == 0;  // consumes some
 }
-zt_ntf_cb_t callback_of(uint64_t subscriber) { return subscriber % 4 != 0 ? on_change : nullptr; }
+static zt_ntf_cb_t callback_of(uint64_t subscriber) { return subscriber % 4 != 0 ? on_change : nullptr; }
 
 struct Subject {
     Choices &random;
@@ -125,5 +123,3 @@ TEST(NtfMgr, ThreadsPublishPollAndComeAndGo) {
     EXPECT_EQ(g_called, 2 * 3'000) << "each publish changes the flags: the callback consumes them";
     zt_ntf_mgr_deinit(&manager);
 }
-
-}  // namespace

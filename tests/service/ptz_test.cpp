@@ -6,8 +6,6 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 using Callback = std::function<void(const zt_ptz_msg_t &)>;
 
 // A channel with a driver that only counts; the handle comes first, as operations get its address.
@@ -166,5 +164,3 @@ TEST(Ptz, NothingIsLostBetweenThreads) {
     });
     for (const int c : {0, 1, 2, 3}) EXPECT_EQ(sent[c], got[c]);
 }
-
-}  // namespace

@@ -4,8 +4,6 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 // The application: a clock, an alarm, and what happens when a timer fires.
 uint64_t g_now;
 std::vector<uint64_t> g_alarms;  // as armed
@@ -85,5 +83,3 @@ TEST(TimerMgr, FailuresArePassedOn) {
     EXPECT_EQ(zt_timer_mgr_process_alarm(&manager), 0);
     EXPECT_EQ(manager.heap.root, nullptr);
 }
-
-}  // namespace

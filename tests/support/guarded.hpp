@@ -5,7 +5,9 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <string_view>
 
 class Guarded {
   public:
@@ -14,8 +16,11 @@ class Guarded {
     ~Guarded() { munmap(map_, 3 * kRoom); }
     Guarded(const Guarded &) = delete;
 
-    // The last count bytes: an inaccessible page follows.
+    // The last count bytes, or copies of these: an inaccessible page follows.
     char *last(size_t count) const { return first() + kRoom - count; }
+    char *last(std::string_view bytes) const {
+        return std::copy(bytes.begin(), bytes.end(), last(bytes.size())) - bytes.size();
+    }
     // The bytes right behind an inaccessible page.
     char *first() const { return static_cast<char *>(map_) + kRoom; }
 
