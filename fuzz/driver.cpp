@@ -5,7 +5,7 @@
 
 static void run_input(std::span<const uint8_t> input) {
     Choices choices(input);
-    models()[choices(models().size())](choices);
+    g_models[choices(g_models.size())](choices);
 }
 
 #ifdef ZT_FUZZ

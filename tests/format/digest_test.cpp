@@ -8,8 +8,6 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 // MD5, SHA-256 and both CRCs of every length from 0 to 300, as text, have the MD5 that Python's
 // hashlib and binascii give; fed in random pieces they are the same. The data ends, or starts, at
 // an inaccessible page.
@@ -67,5 +65,3 @@ TEST(Digests, BlockCodesAndTheCarryOfTheBitCount) {
     zt_md5_update(&ctx, block, 1);
     EXPECT_TRUE(ctx.count[0] == 8 && ctx.count[1] == 1);
 }
-
-}  // namespace

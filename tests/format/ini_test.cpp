@@ -53,9 +53,7 @@ ZT_MODEL(Ini, FindsWhatTheRulesSay, 1, 60'000) {
             std::string expected, value(200, 'x');
             const bool found = slow_find(seen, section, key, &expected);
             const auto size = static_cast<int32_t>(expected.size()) + 1;
-            const auto get = [&](int32_t room) {
-                return zt_ini_reader_get_string(ini.reader, section, key, &value[0], room);
-            };
+            const auto get = [&](int n) { return zt_ini_reader_get_string(ini.reader, section, key, &value[0], n); };
             const auto get_default = [&](const char *d, int32_t n) {
                 return zt_ini_reader_get_string_default(ini.reader, section, key, d, &value[0], n);
             };

@@ -1,8 +1,7 @@
 // Models: what a random test does with the code and something simpler side by side. Every decision
 // comes from a Choices, so that a seeded generator and a fuzzer's input drive the same model.
 // SPDX-License-Identifier: MIT
-#ifndef ZT_TESTS_SUPPORT_CHOICES_HPP
-#define ZT_TESTS_SUPPORT_CHOICES_HPP
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -52,11 +51,7 @@ class Choices {
 
 using Model = void (*)(Choices &);
 
-// Those of this program, in the order of its source.
-inline std::vector<Model> &models() {
-    static std::vector<Model> all;
-    return all;
-}
+inline std::vector<Model> g_models;  // those of this program, in the order of its source
 
 inline void run_seeds(Model model, uint32_t seeds, uint64_t steps) {
     for (uint32_t seed = 0; seed < seeds && !testing::Test::HasFailure(); ++seed) {
@@ -70,8 +65,6 @@ inline void run_seeds(Model model, uint32_t seeds, uint64_t steps) {
 // steps each, and what the fuzzer drives.
 #define ZT_MODEL(suite, name, seeds, steps)                                                  \
     static void suite##name(Choices &random);                                                \
-    [[maybe_unused]] static const Model k##suite##name = models().emplace_back(suite##name); \
+    [[maybe_unused]] static const Model k##suite##name = g_models.emplace_back(suite##name); \
     TEST(suite, name) { run_seeds(suite##name, seeds, steps); }                              \
     static void suite##name(Choices &random)
-
-#endif  // ZT_TESTS_SUPPORT_CHOICES_HPP

@@ -1,7 +1,6 @@
 // A buffer between inaccessible pages: a step past its end, or before its start, is a crash.
 // SPDX-License-Identifier: MIT
-#ifndef ZT_TESTS_SUPPORT_GUARDED_HPP
-#define ZT_TESTS_SUPPORT_GUARDED_HPP
+#pragma once
 
 #include <sys/mman.h>
 
@@ -28,5 +27,3 @@ class Guarded {
     static constexpr size_t kRoom = 65536;  // a multiple of every page size in use
     void *map_ = mmap(nullptr, 3 * kRoom, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
 };
-
-#endif  // ZT_TESTS_SUPPORT_GUARDED_HPP

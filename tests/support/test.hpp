@@ -1,7 +1,6 @@
 // What every test uses: GoogleTest, the standard headers and the rest of this folder.
 // SPDX-License-Identifier: MIT
-#ifndef ZT_TESTS_SUPPORT_TEST_HPP
-#define ZT_TESTS_SUPPORT_TEST_HPP
+#pragma once
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -21,7 +20,6 @@
 #include <map>
 #include <memory>
 #include <numeric>
-#include <random>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -39,5 +37,3 @@ inline constexpr bool kThreadSanitizer = true;
 #else
 inline constexpr bool kThreadSanitizer = false;
 #endif
-
-#endif  // ZT_TESTS_SUPPORT_TEST_HPP
