@@ -30,7 +30,7 @@ export -f fuzz_one
 [ "$seconds" = 0 ] || printf '%s\n' "${targets[@]}" | xargs -P 2 -I{} bash -c "fuzz_one {} $seconds"
 
 # How many edges the inputs of a folder reach.
-edges() { build/fuzz/fuzz/"$1" -runs=0 -max_len=512 "$2" 2>&1 | grep -a ' INITED ' | sed 's/.* cov: \([0-9]*\).*/\1/'; }
+edges() { build/fuzz/fuzz/"$1" -runs=0 -max_len=512 "$2" 2>&1 | grep -a INITED | sed 's/.* cov: \([0-9]*\).*/\1/'; }
 
 if [ $minimize = yes ]; then
   for target in "${targets[@]}"; do
@@ -42,7 +42,7 @@ if [ $minimize = yes ]; then
       cp "$input" "$kept"
       now=$(edges "$target" "$corpus")
       if [ "${now:-0}" -gt "${reached:-0}" ]; then reached=$now; else rm "$kept"; fi
-    done < <(find "build/fuzz/found/$target" -type f -size -512c -printf '%s %p\n' | sort -rn | cut -d' ' -f2 | head -n 200)
+    done < <(find "build/fuzz/found/$target" -type f -size -512c -printf '%s %p\n' | sort -rn | cut -d' ' -f2 | head -n 60)
   done
 fi
 
