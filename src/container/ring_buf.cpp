@@ -35,6 +35,29 @@ uint32_t claim(const zt_ring_buf_t &ring, uint32_t position, uint32_t claimed, u
     return std::min({requested, limit - claimed, ring.size - index});
 }
 
+// Where count units at an index stand: up to the end of the storage, and the rest at its start.
+struct Pieces {
+    uint8_t *first;
+    uint32_t first_count;
+};
+
+Pieces pieces_of(const zt_ring_buf_t &ring, uint32_t index, uint32_t count) {
+    return {static_cast<uint8_t *>(ring.buffer) + index, std::min(count, ring.size - index)};
+}
+
+// Copies up to count bytes behind those claimed to data, unless that is null; returns how many.
+uint32_t copy_out(const zt_ring_buf_t &ring, uint8_t *data, uint32_t count) {
+    const uint32_t claimed = ring.claim_head - ring.head;
+    const uint32_t total = std::min(count, stored(ring) - claimed);
+    if (total == 0 || data == nullptr) return total;
+    const Pieces from = pieces_of(ring, index_at(ring, ring.head, claimed), total);
+    zt_memcpy(data, from.first, from.first_count);
+    if (total > from.first_count) {
+        zt_memcpy(data + from.first_count, ring.buffer, total - from.first_count);
+    }
+    return total;
+}
+
 }  // namespace
 
 uint32_t ring_buf_get_rewind_threshold() { return 0x80000000; }
@@ -66,17 +89,20 @@ zt_status_t zt_ring_buf_put_finish(zt_ring_buf_t *ring, uint32_t count) {
     return ZT_STATUS_SUCCESS;
 }
 
+// As claims until one grants nothing, and a finish, would do it; likewise get and peek.
 uint32_t zt_ring_buf_put(zt_ring_buf_t *ring, const uint8_t *data, uint32_t count) {
-    uint32_t done = 0;
-    while (done < count) {
-        uint8_t *piece = nullptr;
-        const uint32_t granted = zt_ring_buf_put_claim(ring, &piece, count - done);
-        if (granted == 0) break;
-        zt_memcpy(piece, data + done, granted);
-        done += granted;
+    const uint32_t claimed = ring->claim_tail - ring->tail;
+    const uint32_t total = std::min(count, available(*ring) - claimed);
+    if (total > 0) {
+        const Pieces to = pieces_of(*ring, index_at(*ring, ring->tail, claimed), total);
+        zt_memcpy(to.first, data, to.first_count);
+        if (total > to.first_count) {
+            zt_memcpy(ring->buffer, data + to.first_count, total - to.first_count);
+        }
     }
-    zt_ring_buf_put_finish(ring, done);
-    return done;
+    ring->tail = tail_after(*ring, total);
+    ring->claim_tail = ring->tail;
+    return total;
 }
 
 uint32_t zt_ring_buf_get_claim(zt_ring_buf_t *ring, uint8_t **data, uint32_t requested) {
@@ -93,31 +119,16 @@ zt_status_t zt_ring_buf_get_finish(zt_ring_buf_t *ring, uint32_t count) {
     return ZT_STATUS_SUCCESS;
 }
 
-namespace {
-
-// Claims up to count bytes and copies them to data unless that is null; finishing is the caller's.
-uint32_t copy_out(zt_ring_buf_t *ring, uint8_t *data, uint32_t count) {
-    uint32_t done = 0;
-    while (done < count) {
-        uint8_t *piece = nullptr;
-        const uint32_t granted = zt_ring_buf_get_claim(ring, &piece, count - done);
-        if (granted == 0) break;
-        if (data != nullptr) zt_memcpy(data + done, piece, granted);
-        done += granted;
-    }
-    return done;
-}
-
-}  // namespace
-
 uint32_t zt_ring_buf_get(zt_ring_buf_t *ring, uint8_t *data, uint32_t count) {
-    const uint32_t done = copy_out(ring, data, count);
-    zt_ring_buf_get_finish(ring, done);
-    return done;
+    const uint32_t total = copy_out(*ring, data, count);
+    ring->head = head_after(*ring, total);
+    ring->claim_head = ring->head;
+    return total;
 }
 
 uint32_t zt_ring_buf_peek(zt_ring_buf_t *ring, uint8_t *data, uint32_t count) {
-    const uint32_t done = copy_out(ring, data, count);
-    zt_ring_buf_get_finish(ring, 0);
-    return done;
+    const uint32_t total = copy_out(*ring, data, count);
+    ring->head = head_after(*ring, 0);
+    ring->claim_head = ring->head;
+    return total;
 }
