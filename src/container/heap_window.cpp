@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "container/heap_move.hpp"
+#include "container/heap_ops.hpp"
 #include "zt/memory.h"
 
 static_assert(std::is_standard_layout_v<zt_heap_window_t> && sizeof(zt_heap_window_t) == 56);

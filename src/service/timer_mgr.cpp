@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "container/heap_move.hpp"
+#include "container/heap_ops.hpp"
 
 static_assert(std::is_standard_layout_v<zt_timer_t> && sizeof(zt_timer_t) == 48);
 static_assert(offsetof(zt_timer_t, node) == 0 && offsetof(zt_timer_t, due) == 32);
@@ -43,7 +43,9 @@ zt_status_t zt_timer_mgr_schedule_timer_abs(zt_timer_mgr_t *manager, zt_timer_t 
                                             uint64_t due) {
     timer->due = due;
     if (timer->node.in_heap != 0) {
-        zt::detail::heap_move(&manager->heap, &timer->node, is_earlier);
+        zt::detail::heap_move(
+            &manager->heap, &timer->node,
+            [](zt_heap_node_t *a, zt_heap_node_t *b) { return is_earlier(a, b); });
     } else {
         zt_heap_insert(&manager->heap, &timer->node, is_earlier);
     }
