@@ -10,6 +10,7 @@
 // are closes without an open.
 static std::string write_document(Choices &random, zt_json_fmt_t *fmt) {
     const size_t depth_wanted = random.pick({3, 40});
+    static const std::string longest(63, 'n'), too_long(99, 'l');  // names composed together with a number, or not
     std::string text, open;        // and what closes the containers that are open
     std::vector<int> items = {0};  // of each of them
     const auto close = [&] {
@@ -21,7 +22,7 @@ static std::string write_document(Choices &random, zt_json_fmt_t *fmt) {
         items.pop_back();
     };
     do {
-        const char *name = open.ends_with('}') ? random.pick({"50%s", "", "a b"}) : nullptr;
+        const char *name = open.ends_with('}') ? random.pick({"50%s", "", longest.c_str(), too_long.c_str()}) : nullptr;
         const auto put = [&](const std::string &value) {
             if (open.size() + value.ends_with('\n') > 31) return;
             text += (items.back()++ > 0 ? ",\n" : "") + std::string(open.size(), '\t');
@@ -84,6 +85,7 @@ TEST(JsonFmt, FilesHoldWhatPythonReads) {
     Choices random(31, 5'000);
     const std::string want = write_document(random, &file.fmt);
     for (int i = 0; i < 2; ++i) zt_json_fmt_close_file(&file), zt_json_fmt_add_string(&file.fmt, nullptr, "closed");
+    zt_json_fmt_add_int32(&file.fmt, nullptr, 1);
     std::ostringstream all;
     all << std::ifstream(path).rdbuf();
     EXPECT_EQ(all.str(), want);
