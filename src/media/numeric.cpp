@@ -37,23 +37,23 @@ uint32_t on_circle(int16_t angle) {
     return static_cast<uint32_t>(rest < 0 ? rest + 360 : rest);
 }
 
+// Written as selections, not as a way through four quadrants: angles come in any order.
 template <typename T>
 T sine(const Quarter<T> &table, int16_t angle) {
     const uint32_t r = on_circle(angle);
-    if (r <= 90) return table[r];
-    if (r <= 180) return table[180 - r];
-    if (r <= 270) return -table[r - 180];
-    return -table[360 - r];
+    const bool lower = r > 180;
+    const uint32_t half = lower ? r - 180 : r;
+    const T value = table[half > 90 ? 180 - half : half];
+    return lower ? -value : value;
 }
 
-// Not the sine of r + 90: at 270 degrees that would lose the sign of a floating zero.
+// Not the sine of r + 90: a floating zero is negative at 270 degrees and not at 90.
 template <typename T>
 T cosine(const Quarter<T> &table, int16_t angle) {
     const uint32_t r = on_circle(angle);
-    if (r <= 90) return table[90 - r];
-    if (r <= 180) return -table[r - 90];
-    if (r <= 270) return -table[270 - r];
-    return table[r - 270];
+    const uint32_t half = r > 180 ? 360 - r : r;
+    const T value = table[half > 90 ? half - 90 : 90 - half];
+    return r > 90 && r <= 270 ? -value : value;
 }
 
 }  // namespace
