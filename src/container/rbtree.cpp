@@ -19,10 +19,18 @@ using Tree = zt_rbtree_t;
 using Node = zt_rbtree_node_t;
 
 // One of the two child links. Whatever treats both sides alike is written once, for a near side and
-// the far side across from it.
+// the far side across from it. Which side that is, is a value and no branch: nobody can predict it.
 using Link = Node *Node::*;
-constexpr Link kLeft = &Node::left;
-constexpr Link kRight = &Node::right;
+
+struct Sides {
+    Link near, far;
+
+    Sides swapped() const { return {far, near}; }
+};
+
+Sides sides(bool left_is_near) {
+    return {left_is_near ? &Node::left : &Node::right, left_is_near ? &Node::right : &Node::left};
+}
 
 constexpr uintptr_t kRed = 0;
 constexpr uintptr_t kBlack = 1;
@@ -46,48 +54,46 @@ void set_parent(Node *node, const Node *parent) {
 
 // Lets what points down to `old` point to its successor.
 void replace_child(Tree *tree, Node *parent, const Node *old, Node *successor) {
-    Node **slot = &tree->root;
-    if (parent != nullptr) slot = parent->left == old ? &parent->left : &parent->right;
-    *slot = successor;
+    if (parent == nullptr) {
+        tree->root = successor;
+    } else {
+        parent->*sides(parent->left == old).near = successor;
+    }
 }
 
 // The far child rises over top, which becomes its near child. The riser takes top's parent and
 // colour, top gets the colour given.
-template <Link Near, Link Far>
-void rotate(Tree *tree, Node *top, uintptr_t colour) {
-    Node *riser = top->*Far;
-    Node *handed_over = riser->*Near;
-    top->*Far = handed_over;
+void rotate(Tree *tree, Node *top, Sides side, uintptr_t colour) {
+    Node *riser = top->*side.far;
+    Node *handed_over = riser->*side.near;
+    top->*side.far = handed_over;
     if (handed_over != nullptr) set_parent(handed_over, top);
-    riser->*Near = top;
+    riser->*side.near = top;
     replace_child(tree, parent_of(top), top, riser);
     riser->parent_color = top->parent_color;
     top->parent_color = word_of(riser, colour);
 }
 
-// node and its parent, the near child of grand, are both red. True when that is settled; false when
+// node, its parent and that one's parent: the first two are both red. True when that is settled; false when
 // grand has become red and may clash with its own parent.
-template <Link Near, Link Far>
 bool settle_red_pair(Tree *tree, const Node *node, Node *parent, Node *grand) {
-    Node *uncle = grand->*Far;
+    const Sides side = sides(grand->left == parent);
+    Node *uncle = grand->*side.far;
     if (is_red(uncle)) {
         parent->parent_color = word_of(grand, kBlack);
         uncle->parent_color = word_of(grand, kBlack);
         grand->parent_color &= ~kBlack;
         return false;
     }
-    if (parent->*Far == node) rotate<Near, Far>(tree, parent, kRed);
-    rotate<Far, Near>(tree, grand, kRed);
+    if (parent->*side.far == node) rotate(tree, parent, side, kRed);
+    rotate(tree, grand, side.swapped(), kRed);
     return true;
 }
 
 void rebalance_insert(Tree *tree, Node *node, Node *parent) {
     while (is_red(parent)) {
         Node *grand = parent_of(parent);  // there is one: a root is black
-        if (grand->left == parent ? settle_red_pair<kLeft, kRight>(tree, node, parent, grand)
-                                  : settle_red_pair<kRight, kLeft>(tree, node, parent, grand)) {
-            return;
-        }
+        if (settle_red_pair(tree, node, parent, grand)) return;
         node = grand;
         parent = parent_of(node);
     }
@@ -98,22 +104,21 @@ void rebalance_insert(Tree *tree, Node *node, Node *parent) {
 // paths through parent lack one now. The far side holds a black node more, so there are a sibling
 // and, where it is asked for, its child: an analyzer cannot count blacks.
 // NOLINTBEGIN(clang-analyzer-core.NullDereference)
-template <Link Near, Link Far>
-bool settle_lack(Tree *tree, Node *parent) {
-    if (is_red(parent->*Far)) rotate<Near, Far>(tree, parent, kRed);
-    Node *sibling = parent->*Far;
-    if (!is_red(sibling->*Far)) {
-        if (!is_red(sibling->*Near)) {
+bool settle_lack(Tree *tree, Node *parent, Sides side) {
+    if (is_red(parent->*side.far)) rotate(tree, parent, side, kRed);
+    Node *sibling = parent->*side.far;
+    if (!is_red(sibling->*side.far)) {
+        if (!is_red(sibling->*side.near)) {
             sibling->parent_color = word_of(parent, kRed);
             if (!is_red(parent)) return false;
             parent->parent_color |= kBlack;
             return true;
         }
-        rotate<Far, Near>(tree, sibling, kRed);
-        sibling = parent->*Far;
+        rotate(tree, sibling, side.swapped(), kRed);
+        sibling = parent->*side.far;
     }
-    (sibling->*Far)->parent_color = word_of(sibling, kBlack);
-    rotate<Near, Far>(tree, parent, kBlack);
+    (sibling->*side.far)->parent_color = word_of(sibling, kBlack);
+    rotate(tree, parent, side, kBlack);
     return true;
 }
 // NOLINTEND(clang-analyzer-core.NullDereference)
@@ -121,10 +126,7 @@ bool settle_lack(Tree *tree, Node *parent) {
 // The subtree at node (null: the vacated place itself) below parent lacks a black node.
 void rebalance_delete(Tree *tree, const Node *node, Node *parent) {
     while (parent != nullptr) {
-        if (parent->left == node ? settle_lack<kLeft, kRight>(tree, parent)
-                                 : settle_lack<kRight, kLeft>(tree, parent)) {
-            return;
-        }
+        if (settle_lack(tree, parent, sides(parent->left == node))) return;
         node = parent;
         parent = parent_of(node);
     }
@@ -185,7 +187,7 @@ zt_rbtree_node_t *zt_rbtree_insert(zt_rbtree_t *tree, zt_rbtree_node_t *node) {
         return nullptr;
     }
     node->parent_color = word_of(parent, kRed);
-    (order < 0 ? parent->left : parent->right) = node;
+    parent->*sides(order < 0).near = node;
     rebalance_insert(tree, node, parent);
     return nullptr;
 }
