@@ -32,6 +32,12 @@ target_compile_options(zt_code INTERFACE
   # Exported operations stay replaceable by the application; GCC's -fPIC implies it, Clang's does not.
   $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-fsemantic-interposition>)
 
+# Release builds name no directory of the machine that built them, so that the same sources give the
+# same bytes anywhere. Debug builds keep whole paths: debuggers and gcov find the sources by them.
+target_compile_options(zt_code INTERFACE
+  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>
+  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>)
+
 # The sanitizers bring their own checked versions of what these two add.
 if(NOT ZT_SANITIZE)
   target_compile_options(zt_code INTERFACE
