@@ -46,13 +46,19 @@ endif()
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64)$")
   target_compile_options(zt_code INTERFACE -fcf-protection=full)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
-  target_compile_options(zt_code INTERFACE -mbranch-protection=standard)
+  # Atomics in line: GCC's out-of-line ones bring a constructor and objects without branch protection.
+  target_compile_options(zt_code INTERFACE -mbranch-protection=standard -mno-outline-atomics)
 endif()
 
 set(ZT_LINK_OPTIONS
   -Wl,-z,relro,-z,now,-z,noexecstack,--as-needed
   -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/abi/libzt_base.map
   -Wl,--no-undefined-version)
+# Nothing runs when the library is loaded or unloaded, so it does without the compiler's start files: they
+# would add an initialiser and, without the marks of CET and BTI themselves, take those off the whole object.
+if(NOT ZT_SANITIZE AND NOT ZT_COVERAGE)
+  list(APPEND ZT_LINK_OPTIONS -nostartfiles)
+endif()
 # Clang links the sanitizer run times into programs, not into shared objects.
 if(NOT (ZT_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
   list(APPEND ZT_LINK_OPTIONS -Wl,-z,defs)

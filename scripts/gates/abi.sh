@@ -34,14 +34,15 @@ check_library() {
   if abidiff --no-added-syms --harmless "$baseline" "$work/$machine.abi" >"$work/$machine.diff" 2>&1; then
     echo "abi: $machine: $(grep -c '<elf-symbol ' "$baseline") names as in the baseline"
   else
-    grep -v '^$' "$work/$machine.diff" | head -n 60
+    grep -v '^$' "$work/$machine.diff" | sed -n '1,60p'
     echo "abi: $machine: the interface is not that of $baseline; see docs/abi.md"
     bad=1
   fi
 }
 
 native=$(uname -m)
-check_library "$native" "$(scripts/built-library.sh)"
+library=$(scripts/built-library.sh)
+check_library "$native" "$library"
 if [ "$native" != aarch64 ]; then
   if command -v aarch64-linux-gnu-g++ >/dev/null; then
     scripts/build.sh aarch64
