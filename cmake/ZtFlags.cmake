@@ -36,7 +36,8 @@ target_compile_options(zt_code INTERFACE
 # same bytes anywhere. Debug builds keep whole paths: debuggers and gcov find the sources by them.
 target_compile_options(zt_code INTERFACE
   $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>
-  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>)
+  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>
+  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_BINARY_DIR}/src=.>)  # where make compiles
 
 # The sanitizers bring their own checked versions of what these two add.
 if(NOT ZT_SANITIZE)
