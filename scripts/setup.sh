@@ -7,7 +7,8 @@ set -euo pipefail
 
 build=(g++ cmake make ninja-build)
 test=(libgtest-dev python3)
-gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
+gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git g++-aarch64-linux-gnu
+  libc6-dev-arm64-cross abigail-tools gdb dpkg-dev debhelper fakeroot lintian debootstrap)
 
 case "${1:-all}" in
   build) wanted=("${build[@]}") ;;
