@@ -39,7 +39,7 @@ C
 gdb -nx -batch -iex "add-auto-load-scripts-directory $scripts" -iex "add-auto-load-safe-path $work" \
   -x "$work/commands" "$work/records" >"$work/output" 2>&1 || { tail -n 20 "$work/output"; fail "gdb fails"; }
 # Addresses, thread ids and times differ from run to run.
-sed -n '/^bad = /,$p' "$work/output" | grep -v '^\[Inferior' |
+sed -n '/^bad = /,$p' "$work/output" | grep -vE '^\[(Inferior|Thread|New Thread)' |
   sed -E 's/0x[0-9a-f]{6,}/ADDRESS/g; s/LWP [0-9]+/LWP N/; s/alive at [0-9]+/alive at N/' >"$work/shown"
 [ "${1:-}" != --show ] || { cat "$work/shown"; exit 0; }
 diff packaging/gdb/expected.txt "$work/shown" || {
