@@ -17,8 +17,7 @@ mkdir -p "$out"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 sources=$work/libzt-base-$version
-mkdir "$sources"
-git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t "$sources"
+scripts/copy-sources.sh "$sources"
 mv "$sources/packaging/debian" "$sources/debian"
 
 kinds=full

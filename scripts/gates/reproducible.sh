@@ -9,8 +9,7 @@ trap 'rm -rf "$work"' EXIT
 # Sources in a path of another length, built by another tool; installed for the same prefix.
 build() {
   local sources=$work/$1/sources generator=$2
-  mkdir -p "$sources"
-  git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t "$sources"
+  scripts/copy-sources.sh "$sources"
   {
     env "${@:3}" cmake -S "$sources" -B "$work/$1/build" -G "$generator" -DCMAKE_INSTALL_PREFIX="/usr" &&
       env "${@:3}" cmake --build "$work/$1/build" -j "$(nproc)" &&
