@@ -8,7 +8,7 @@ set -euo pipefail
 build=(g++ cmake make ninja-build)
 test=(libgtest-dev python3)
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git g++-aarch64-linux-gnu
-  libc6-dev-arm64-cross abigail-tools gdb dpkg-dev debhelper fakeroot lintian debootstrap)
+  libc6-dev-arm64-cross abigail-tools gdb dpkg-dev debhelper lintian mmdebstrap)
 
 case "${1:-all}" in
   build) wanted=("${build[@]}") ;;
