@@ -36,6 +36,13 @@ target_compile_options(zt_code INTERFACE
   # Exported operations stay replaceable by the application; GCC's -fPIC implies it, Clang's does not.
   $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-fsemantic-interposition>)
 
+# Release builds name no directory of the machine that built them, so that the same sources give the
+# same bytes anywhere. Debug builds keep whole paths: debuggers and gcov find the sources by them.
+target_compile_options(zt_code INTERFACE
+  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>
+  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>
+  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_BINARY_DIR}/src=.>)  # where make compiles
+
 # The sanitizers bring their own checked versions of what these two add.
 if(NOT ZT_SANITIZE)
   target_compile_options(zt_code INTERFACE
@@ -44,13 +51,19 @@ endif()
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64)$")
   target_compile_options(zt_code INTERFACE -fcf-protection=full)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
-  target_compile_options(zt_code INTERFACE -mbranch-protection=standard)
+  # Atomics in line: GCC's out-of-line ones bring a constructor and objects without branch protection.
+  target_compile_options(zt_code INTERFACE -mbranch-protection=standard -mno-outline-atomics)
 endif()
 
 set(ZT_LINK_OPTIONS
   -Wl,-z,relro,-z,now,-z,noexecstack,--as-needed
   -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/abi/libzt_base.map
   -Wl,--no-undefined-version)
+# Nothing runs when the library is loaded or unloaded, so it does without the compiler's start files: they
+# would add an initialiser and, without the marks of CET and BTI themselves, take those off the whole object.
+if(NOT ZT_SANITIZE AND NOT ZT_COVERAGE)
+  list(APPEND ZT_LINK_OPTIONS -nostartfiles)
+endif()
 # Clang links the sanitizer run times into programs, not into shared objects.
 if(NOT (ZT_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
   list(APPEND ZT_LINK_OPTIONS -Wl,-z,defs)

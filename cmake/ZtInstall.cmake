@@ -20,3 +20,11 @@ file(RELATIVE_PATH ZT_PC_TO_PREFIX "/${pkgconfig_dir}" "/")
 string(REGEX REPLACE "/$" "" ZT_PC_TO_PREFIX "${ZT_PC_TO_PREFIX}")
 configure_file(cmake/zt_base.pc.in zt_base.pc @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/zt_base.pc" DESTINATION ${pkgconfig_dir})
+
+# The pretty printers go where gdb looks for them when it loads the shared object: under the auto-load
+# directory, at the library's whole path. That path is known when the tree is installed, not before.
+install(CODE "
+  set(place \"${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}\")
+  file(INSTALL \"${PROJECT_SOURCE_DIR}/packaging/gdb/libzt_base-gdb.py\"
+    DESTINATION \"\${CMAKE_INSTALL_PREFIX}/\${place}\"
+    RENAME libzt_base.so.${PROJECT_VERSION}-gdb.py)")
