@@ -1,0 +1,116 @@
+#!/usr/bin/env python3
+"""Doxygen's input filter: shows it a public header, or a page, in the form that it understands.
+
+Comments of headers become documentation comments with sections and lists, names become links, and what is
+not for users (the inside of the log macros) is left out. In pages, links to files that are not part of the
+reference become plain text. The files themselves stay as they are.
+"""
+
+import os
+import re
+import sys
+
+import headers
+
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+C_CODE = re.compile(r"[;{]|^#include", re.M)
+
+
+class Writer:
+    """Writes documentation comments with links to known names."""
+
+    def __init__(self, known):
+        self.known = known
+
+    def words(self, text):
+        """Running text: escaped, names linked."""
+        text = " ".join(text.split())
+        pieces = re.split(r"(`[^`]*`|\*?\bzt/\w+\.h\b|(?<![\w.>])\*?[A-Za-z_]\w*)", text)
+        return "".join(self.word(piece) for piece in pieces)
+
+    def word(self, piece):
+        if piece.startswith("`") and len(piece) > 1:
+            return piece
+        name = piece.lstrip("*")
+        if name in self.known:
+            return re.sub(r"\*", r"\\*", piece[: len(piece) - len(name)]) + f"@ref {name}"
+        if re.fullmatch(r"zt/\w+\.h", name):
+            return f'@ref {name[3:]} "{name}"'
+        if piece.startswith("*") and name:
+            return f"`{piece}`"
+        return re.sub(r"([\\@<>#%&*$~]|(?<=-)-)", r"\\\1", piece)
+
+    def comment(self, text, behind=False, before=""):
+        return f"/**{'<' if behind else ''} {before}{self.body(text)} */\n"
+
+    def body(self, text):
+        out = []
+        for kind, content in headers.blocks(text):
+            if kind == "text":
+                out.append(self.words(content))
+            elif kind == "code":
+                name = ("@code{.c}", "@endcode") if C_CODE.search("\n".join(content)) else ("@verbatim", "@endverbatim")
+                out.append("\n".join([name[0], *content, name[1]]))
+            elif kind == "statuses":
+                out.append("@par Fails with\n" + "\n".join(f"- **{s}**: {self.words(why)}" for s, why in content))
+            elif all(term[0][0].isupper() for term in content):
+                out += [f"@par {term}\n{self.words(meaning)}" for term, meaning in content]
+            else:
+                out.append("\n".join(f"- `{term}`: {self.words(meaning)}" for term, meaning in content))
+        return "\n\n".join(out)
+
+    def code(self, item):
+        """A declaration with the comments inside it rewritten."""
+        if item.kind in ("function", "object", "macro", "typedef"):
+            return headers.without_comments(item.code) if item.kind != "macro" else item.code
+
+        def rewrite(match):
+            line = item.code[: match.start()].rpartition("\n")[2]
+            return self.comment(headers.comment_text(match[0]), behind=bool(line.strip())).rstrip()
+
+        return re.sub(r"/\*.*?\*/", rewrite, item.code, flags=re.S)
+
+    def header(self, header):
+        out = [self.comment(header.comment, before=f"@file\n@brief {self.words(header.purpose)}\n\n")]
+        for section in header.sections:
+            if section.title:
+                out.append(f"/** @name {self.words(section.title)} */\n/** @{{ */\n")
+            for item in section.items:
+                if item.comment:
+                    out.append(self.comment(item.comment))
+                out.append(self.code(item) + "\n")
+            if section.title:
+                out.append("/** @} */\n")
+        return "\n".join(out)
+
+
+def page(path):
+    """A page: links that lead out of the reference become text."""
+    with open(path, encoding="utf-8") as file:
+        text = file.read()
+    here = os.path.dirname(os.path.abspath(path))
+
+    def link(match):
+        words, target = match[1], match[2]
+        if re.match(r"https?:", target):
+            return match[0]
+        file = os.path.relpath(os.path.join(here, target.partition("#")[0]), ROOT)
+        if file.endswith(".md"):
+            return f"[{words}]({os.path.relpath(os.path.join(ROOT, file), here)})"
+        return f"`{file}`"
+
+    return re.sub(r"(?<!!)\[([^]]*)\]\(([^)]*)\)", link, text)
+
+
+def main():
+    path = sys.argv[1]
+    if path.endswith(".md"):
+        sys.stdout.write(page(path))
+        return
+    everything = headers.read_all(os.path.join(ROOT, "include"))
+    name = "zt/" + os.path.basename(path)
+    sys.stdout.write(Writer(headers.names_of(everything)).header(everything[name]))
+
+
+if __name__ == "__main__":
+    main()
