@@ -8,7 +8,7 @@ set -euo pipefail
 
 build=(g++ cmake make ninja-build)
 test=(libgtest-dev python3)
-gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
+gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git doxygen mandoc groff-base)
 extras=(ffmpeg)
 
 case "${1:-all}" in

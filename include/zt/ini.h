@@ -29,6 +29,7 @@
 extern "C" {
 #endif
 
+/* A text that has been read; its inside is private. */
 typedef struct zt_ini_reader_t zt_ini_reader_t;
 
 /* Makes a reader of length bytes of text, which need not end with a NUL; a NUL inside ends it early.

@@ -44,6 +44,7 @@ typedef struct zt_mem_heap_record_t {
     uint32_t align;        /* power of two: alignment of addresses, granule of sizes */
 } zt_mem_heap_record_t;
 
+/* A heap's handle; null while there is none. */
 typedef zt_mem_heap_record_t *zt_mem_heap_t;
 
 /* Makes a heap of size bytes from base on and stores its handle in *heap. The region may end at the

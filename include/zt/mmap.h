@@ -25,6 +25,7 @@
 extern "C" {
 #endif
 
+/* A mapped file, or none; written by the operations below only. */
 typedef struct zt_mmap_t {
     int32_t fd;    /* the open file, always above 0; -1: none */
     void *addr;    /* first byte of the mapping; null: none */

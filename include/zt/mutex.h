@@ -24,6 +24,7 @@
 extern "C" {
 #endif
 
+/* The mutex; written by the operations below only. */
 typedef struct zt_mutex_t {
     bool initialized;      /* true from a successful initialisation until destruction */
     pthread_mutex_t mutex; /* unused in a dummy */

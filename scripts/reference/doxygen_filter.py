@@ -33,7 +33,7 @@ class Writer:
             return piece
         name = piece.lstrip("*")
         if name in self.known:
-            return re.sub(r"\*", r"\\*", piece[: len(piece) - len(name)]) + f"@ref {name}"
+            return re.sub(r"\*", r"\\*", piece[: len(piece) - len(name)]) + f'@ref {name} "{name}"'
         if re.fullmatch(r"zt/\w+\.h", name):
             return f'@ref {name[3:]} "{name}"'
         if piece.startswith("*") and name:
@@ -68,7 +68,11 @@ class Writer:
             line = item.code[: match.start()].rpartition("\n")[2]
             return self.comment(headers.comment_text(match[0]), behind=bool(line.strip())).rstrip()
 
-        return re.sub(r"/\*.*?\*/", rewrite, item.code, flags=re.S)
+        code = item.code
+        if item.kind == "enum" and len(item.members) == 1 and not item.members[0].text:
+            code = code.replace(item.members[0].code, f"{item.members[0].code} {self.comment(item.comment, True).strip()}")
+            return code
+        return re.sub(r"/\*.*?\*/", rewrite, code, flags=re.S)
 
     def header(self, header):
         out = [self.comment(header.comment, before=f"@file\n@brief {self.words(header.purpose)}\n\n")]

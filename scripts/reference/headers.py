@@ -156,6 +156,9 @@ def sections(body):
             code, rest = declaration(rest)
             found[-1].items.append(item_of(code, comment or "", shares))
             shares = True
+    records = {item.name for section in found for item in section.items if item.kind == "record"}
+    for section in found:  # a type's name given ahead of its record says nothing new
+        section.items = [i for i in section.items if not (i.kind in ("typedef", "forward") and i.name in records | {""})]
     return [section for section in found if section.items]
 
 
@@ -201,34 +204,40 @@ def item_of(code, comment, shares):
 
 
 def members_of(code):
-    """Fields or constants with their comments, in order; parts of nested records stand among them."""
+    """Fields or constants with their comments, in order; those of nested records as outer.inner."""
     inside = code[code.index("{") + 1 : code.rindex("}")]
-    found, above, pending = [], "", ""
-    for token in re.finditer(r"/\*.*?\*/|[^/;,{}\n(]+|\((?:[^()]|\([^()]*\))*\)|[;,{}\n/]", inside, re.S):
+    found, last, above, pending = [], None, "", ""
+    starts, closed = [], None  # where open nested records begin in found; where the one just closed does
+    for token in re.finditer(r"/\*.*?\*/|[^/;,{}\n(]+|\((?:[^()]|\([^()]*\))*\)|[;,{}\n/]", inside + ";", re.S):
         text = token[0]
         if text.startswith("/*"):
-            comment = comment_text(text)
-            line_start = inside.rfind("\n", 0, token.start()) + 1
-            if inside[line_start : token.start()].strip():
-                if pending.strip():
-                    found.append(Member(pending, ""))
-                    pending = ""
-                found[-1].text = comment
+            line = inside[inside.rfind("\n", 0, token.start()) + 1 : token.start()]
+            if not line.strip():
+                above = comment_text(text)
+            elif pending.strip():  # the last constant, without a comma
+                last = Member(" ".join(pending.split()), comment_text(text))
+                found.append(last)
+                pending = ""
             else:
-                above = comment
+                last.text = comment_text(text)
         elif text in ";,":
-            if pending.strip():
-                found.append(Member(pending, above))
+            name = " ".join(pending.split())
+            if name and closed is not None:
+                for member in found[closed:]:
+                    member.code = re.sub(r"([\w.]+(?:\[\d+\])*)$", rf"{name}.\1", member.code)
+            if name:
+                last = Member(name, above)
+                found.insert(closed if closed is not None else len(found), last)
                 above = ""
-            pending = ""
+            pending, closed = "", None
         elif text in "{}":
             pending = ""
+            if text == "{":
+                starts.append(len(found))
+            else:
+                closed = starts.pop()
         else:
             pending += text
-    if pending.strip():
-        found.append(Member(pending, above))
-    for member in found:
-        member.code = " ".join(member.code.split())
     return found
 
 
