@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The reference is complete and without a warning; man pages render; links, paths and names in the pages hold.
+# The reference is complete and without a warning; man pages render, examples compile; links, paths and names in the pages hold.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 export PYTHONDONTWRITEBYTECODE=1
@@ -11,4 +11,5 @@ for page in $pages; do
   lint+=$(groff -man -Tutf8 -ww -z "$page" 2>&1)
 done
 [ -z "$lint" ] || { echo "$lint"; echo "reference: man pages with warnings"; exit 1; }
+python3 scripts/reference/examples.py
 python3 scripts/reference/links.py

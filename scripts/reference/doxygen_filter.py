@@ -75,7 +75,8 @@ class Writer:
         return re.sub(r"/\*.*?\*/", rewrite, code, flags=re.S)
 
     def header(self, header):
-        out = [self.comment(header.comment, before=f"@file\n@brief {self.words(header.purpose)}\n\n")]
+        purpose = header.purpose if header.purpose.startswith("zt_") else header.purpose[0].upper() + header.purpose[1:]
+        out = [self.comment(header.comment, before=f"@file\n@brief {self.words(purpose)}\n\n")]
         for section in header.sections:
             if section.title:
                 out.append(f"/** @name {self.words(section.title)} */\n/** @{{ */\n")
