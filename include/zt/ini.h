@@ -33,8 +33,8 @@ extern "C" {
 typedef struct zt_ini_reader_t zt_ini_reader_t;
 
 /* Makes a reader of length bytes of text, which need not end with a NUL; a NUL inside ends it early.
- * InvalidArgument (7): a null pointer, or no line at all.  OutOfmemory (8): no memory; *reader may have
- * become null. */
+ * InvalidArgument (7): a null pointer, or no line at all.  OutOfmemory (8): no memory, or a length of
+ * 4294967295; *reader may have become null. */
 ZT_API ZT_MUST_CHECK zt_status_t zt_ini_reader_create(zt_ini_reader_t **reader, const char *text,
                                                       uint32_t length);
 
@@ -49,7 +49,8 @@ ZT_API ZT_MUST_CHECK zt_status_t zt_ini_reader_create_from_file(zt_ini_reader_t 
 /* Releases a reader; null is ignored. */
 ZT_API void zt_ini_read_destroy(zt_ini_reader_t *reader);
 
-/* Copies a value into value, a buffer of size bytes, and fills the rest of it with NULs.
+/* Copies a value into value, a buffer of size bytes, and fills the rest of it with NULs. value may be
+ * null to ask whether the value is there and would fit.
  * NoSpace (29): the value and its NUL do not fit, always so for a size of 0 or less. */
 ZT_API zt_status_t zt_ini_reader_get_string(const zt_ini_reader_t *reader, const char *section,
                                             const char *key, char *value, int32_t size);
@@ -61,7 +62,8 @@ ZT_API zt_status_t zt_ini_reader_get_string_default(const zt_ini_reader_t *reade
                                                     const char *default_value, char *value,
                                                     int32_t size);
 
-/* True for the value "true" and false for every other of at most 7 characters.
+/* *result, which must not be null, becomes true for the value "true" and false for every other of at most
+ * 7 characters.
  * NoSpace (29): a longer value. */
 ZT_API zt_status_t zt_ini_reader_get_boolean(const zt_ini_reader_t *reader, const char *section,
                                              const char *key, bool *result);
