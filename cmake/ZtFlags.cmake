@@ -29,6 +29,10 @@ target_compile_options(zt_code INTERFACE
   -fno-exceptions -fno-rtti
   -fno-omit-frame-pointer -fasynchronous-unwind-tables
   -fstack-protector-strong
+  # Everything is bound at load time: calls go through the address table, without a stub in between.
+  -fno-plt
+  # Hot loops are few and short here; padding before every jump's target is a tenth of the code.
+  "$<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-align-functions;-fno-align-jumps;-fno-align-labels;-fno-align-loops>"
   # Exported operations stay replaceable by the application; GCC's -fPIC implies it, Clang's does not.
   $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-fsemantic-interposition>)
 

@@ -1,22 +1,26 @@
 #!/usr/bin/env bash
 # Installs, by name and with apt, what is missing on a Debian 12 machine. Does nothing when all is there.
-#   scripts/setup.sh build   what builds the library and the examples
+#   scripts/setup.sh build   what builds the library, and builds and runs the examples
 #   scripts/setup.sh test    also what the tests need
+#   scripts/setup.sh bench   what builds the library and the benchmarks
 #   scripts/setup.sh         all of these, and what the gates of .ci/run need
 #   scripts/setup.sh extras  ffmpeg, with which the demo makes a real clip; never needed
 set -euo pipefail
 
-build=(g++ cmake make ninja-build)
-test=(libgtest-dev python3)
+build=(g++ cmake make ninja-build python3)
+test=(libgtest-dev)
+bench=(pkg-config binutils libbenchmark-dev zlib1g-dev libdeflate-dev libisal-dev libssl-dev libglib2.0-dev
+       libapr1-dev libboost-dev libinih-dev rapidjson-dev)
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git doxygen mandoc groff-base)
 extras=(ffmpeg)
 
 case "${1:-all}" in
   build) wanted=("${build[@]}") ;;
   test) wanted=("${build[@]}" "${test[@]}") ;;
-  all) wanted=("${build[@]}" "${test[@]}" "${gates[@]}") ;;
+  bench) wanted=("${build[@]}" "${bench[@]}") ;;
   extras) wanted=("${extras[@]}") ;;
-  *) echo "usage: scripts/setup.sh [build|test|all|extras]" >&2; exit 2 ;;
+  all) wanted=("${build[@]}" "${test[@]}" "${bench[@]}" "${gates[@]}") ;;
+  *) echo "usage: scripts/setup.sh [build|test|bench|extras|all]" >&2; exit 2 ;;
 esac
 
 missing=()

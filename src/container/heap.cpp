@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "container/heap_move.hpp"
+
 static_assert(std::is_standard_layout_v<zt_heap_t> && sizeof(zt_heap_t) == 16);
 static_assert(offsetof(zt_heap_t, root) == 0);
 static_assert(offsetof(zt_heap_t, count) == 8);
@@ -37,10 +39,9 @@ struct Children {
 
 Children children_of(const Node *node) { return {node->left, node->right}; }
 
-// node's children with `successor` where `old` was. Two selects instead of a branch: nobody can
-// predict on which side a path runs.
-Children children_with(const Node *node, const Node *old, Node *successor) {
-    const Children now = children_of(node);
+// The children with `successor` where `old` was. Two selects instead of a branch: nobody can predict
+// on which side a path runs.
+Children with(Children now, const Node *old, Node *successor) {
     return {now.left == old ? successor : now.left, now.right == old ? successor : now.right};
 }
 
@@ -69,7 +70,7 @@ void sift_up(Heap *heap, Node *node, Less less) {
     Node *sinking = node->parent;
     Children below = children_of(node);
     do {
-        const Children next = children_with(sinking, place, sinking);
+        const Children next = with(children_of(sinking), place, sinking);
         set_children(sinking, below);
         below = next;
         place = sinking;
@@ -96,27 +97,30 @@ Node *bottom_of(Node *top, Less less) {
     return next.left != nullptr ? next.left : bottom;
 }
 
-// Puts node where `old` was or further down: whoever must stand above it moves up. A node from the
-// end of the heap belongs far down, so its place is sought from the bottom: that takes about half
-// the comparisons of a search from the top and gives the same shape. True when anyone has moved up.
+// Puts node, which may be `old` itself, where `old` was or further down: whoever must stand above it
+// moves up. A node from the end of the heap belongs far down, so its place is sought from the bottom:
+// that takes about half the comparisons of a search from the top and gives the same shape. True when
+// anyone has moved up.
 bool replace_and_sift_down(Heap *heap, Node *old, Node *node, Less less) {
+    Node *const above = old->parent;
     Node *place = bottom_of(old, less);
     while (place != old && less(place, node) == 0) place = place->parent;
 
     const bool moved = place != old;
+    const Children top = children_of(old);  // which linking node changes, if it is `old`
     Node *riser = node;
     Children below = children_of(place);
     while (place != old) {
         Node *parent = place->parent;
-        const Children next = children_with(parent, place, riser);
+        const Children next = with(parent == old ? top : children_of(parent), place, riser);
         set_children(riser, below);
         below = next;
         riser = place;
         place = parent;
     }
     set_children(riser, below);
-    riser->parent = old->parent;
-    replace_child(heap, old->parent, old, riser);
+    riser->parent = above;
+    replace_child(heap, above, old, riser);
     return moved;
 }
 
@@ -154,4 +158,12 @@ void zt_heap_remove(zt_heap_t *heap, zt_heap_node_t *node, zt_heap_less_t less) 
 
 void zt_heap_dequeue(zt_heap_t *heap, zt_heap_less_t less) {
     zt_heap_remove(heap, heap->root, less);
+}
+
+void zt::detail::heap_move(zt_heap_t *heap, zt_heap_node_t *node, zt_heap_less_t less) {
+    if (node->parent != nullptr && less(node, node->parent) != 0) {
+        sift_up(heap, node, less);
+    } else {
+        replace_and_sift_down(heap, node, node, less);
+    }
 }

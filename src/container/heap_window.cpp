@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "container/heap_move.hpp"
 #include "zt/memory.h"
 
 static_assert(std::is_standard_layout_v<zt_heap_window_t> && sizeof(zt_heap_window_t) == 56);
@@ -73,29 +74,25 @@ zt_heap_less_t order_of(const Window *window) {
     return window->is_max != 0 ? greater_number : lesser_number;
 }
 
-void drop_oldest(Window *window, zt_heap_less_t order) {
-    zt_heap_remove(&window->heap, &slot_at(window, window->first)->node, order);
-    window->first = next_index(window, window->first);
-}
-
-// Drops what a sample of this time pushes out of the window and makes the slot for the sample the
-// newest.
-Slot *make_room(Window *window, uint64_t time, zt_heap_less_t order) {
+// The slot for the next sample, which becomes the newest. In a full ring it is the slot of the oldest
+// sample, whose node then still is in the heap.
+Slot *take_slot(Window *window) {
     window->last = next_index(window, window->last);
     if (window->first == kNone) {
         window->first = window->last;
     } else if (window->first == window->last) {
-        drop_oldest(window, order);  // the ring is full: its slot is wanted
+        window->first = next_index(window, window->first);
     }
+    return slot_at(window, window->last);
+}
+
+void drop_expired(Window *window, uint64_t time, zt_heap_less_t order) {
     // The age is a difference, which does not wrap as the sum of a time and a length would.
     while (window->first != window->last &&
            time - slot_at(window, window->first)->time > window->window_len) {
-        drop_oldest(window, order);
+        zt_heap_remove(&window->heap, &slot_at(window, window->first)->node, order);
+        window->first = next_index(window, window->first);
     }
-    Slot *slot = slot_at(window, window->last);
-    slot->time = time;
-    slot->owner = window;
-    return slot;
 }
 
 }  // namespace
@@ -140,7 +137,12 @@ void zt_heap_window_reset(zt_heap_window_t *window) {
 void zt_heap_window_update(zt_heap_window_t *window, uint64_t time, const void *item) {
     if (window->slots == nullptr) return;
     const zt_heap_less_t order = order_of(window);
-    Slot *slot = make_room(window, time, order);
+    Slot *slot = take_slot(window);
+    // Items that rank the same can differ: which of them is on top follows from the order of these.
+    zt_heap_remove(&window->heap, &slot->node, order);
+    drop_expired(window, time, order);
+    slot->time = time;
+    slot->owner = window;
     zt_memcpy(&slot->data, item, window->item_size);
     zt_heap_insert(&window->heap, &slot->node, order);
 }
@@ -148,9 +150,16 @@ void zt_heap_window_update(zt_heap_window_t *window, uint64_t time, const void *
 void zt_heap_window_update_int64(zt_heap_window_t *window, uint64_t time, int64_t value) {
     if (window->slots == nullptr) return;
     const zt_heap_less_t order = order_of(window);
-    Slot *slot = make_room(window, time, order);
+    Slot *slot = take_slot(window);
+    drop_expired(window, time, order);
+    slot->time = time;
+    slot->owner = window;
     slot->data = value;
-    zt_heap_insert(&window->heap, &slot->node, order);
+    if (slot->node.in_heap != 0) {
+        zt::detail::heap_move(&window->heap, &slot->node, order);
+    } else {
+        zt_heap_insert(&window->heap, &slot->node, order);
+    }
 }
 
 zt_status_t zt_heap_window_get_max(const zt_heap_window_t *window, void *item) {

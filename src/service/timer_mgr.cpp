@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "container/heap_move.hpp"
+
 static_assert(std::is_standard_layout_v<zt_timer_t> && sizeof(zt_timer_t) == 48);
 static_assert(offsetof(zt_timer_t, node) == 0 && offsetof(zt_timer_t, due) == 32);
 static_assert(offsetof(zt_timer_t, cb) == 40);
@@ -28,18 +30,23 @@ zt_status_t arm(zt_timer_mgr_t *manager, uint64_t due) {
 
 zt_status_t zt_timer_mgr_schedule_timer(zt_timer_mgr_t *manager, zt_timer_t *timer,
                                         uint32_t delay) {
-    zt_timer_mgr_cancel_timer(manager, timer);
     uint64_t now = 0;
     const zt_status_t status = manager->get_time(manager, &now);
-    if (status != ZT_STATUS_SUCCESS) return status;
+    if (status != ZT_STATUS_SUCCESS) {
+        zt_timer_mgr_cancel_timer(manager, timer);
+        return status;
+    }
     return zt_timer_mgr_schedule_timer_abs(manager, timer, now + delay);
 }
 
 zt_status_t zt_timer_mgr_schedule_timer_abs(zt_timer_mgr_t *manager, zt_timer_t *timer,
                                             uint64_t due) {
-    zt_timer_mgr_cancel_timer(manager, timer);
     timer->due = due;
-    zt_heap_insert(&manager->heap, &timer->node, is_earlier);
+    if (timer->node.in_heap != 0) {
+        zt::detail::heap_move(&manager->heap, &timer->node, is_earlier);
+    } else {
+        zt_heap_insert(&manager->heap, &timer->node, is_earlier);
+    }
     return manager->heap.root == &timer->node ? arm(manager, due) : ZT_STATUS_SUCCESS;
 }
 

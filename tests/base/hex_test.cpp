@@ -5,40 +5,48 @@
 
 #include "support/test.hpp"
 
-static const char kBytes[] = "Hello, world!\n\x7F\xFFZ\x80 ~\xE4\x1F";
-
-static const std::tuple<int32_t, int32_t, int32_t, const char *> kDumps[] = {
-    {2, 0, 16, "00000000: 48 65 6c 6c 6f 2c 20 77 6f 72 6c 64 21 0a 7f ff  Hello, world!...\n"},
-    {0, 1, 22,
-     "6548 6c6c 2c6f 7720 726f 646c 0a21 ff7f  Hello, world!...\n"
-     "805a 7e20 1fe4                           Z. ~..\n"},
-    {2, 2, 17,
-     "00000000: 6c6c6548 77202c6f 646c726f ff7f0a21  Hello, world!...\n"
-     "00000010: 5a                                               Z\n"},
-    {-1, 3, 8, "77202c6f6c6c6548                   Hello, w\n"},
-    {3, -1, 2, "48 65                                            He\n"},
-    {0, 4, 4, "48 65 6c 6c                                      Hell\n"},
-    {2, 0, 0, ""},
-    {2, 0, -5, ""}};
-
-// Prefix type, group width, length and what comes out; the bytes are the last that can be read.
-TEST(Hex, PrintsAsTheTableSays) {
-    const Guarded room;
-    for (const auto &[type, width, length, want] : kDumps) {
-        void *at = memcpy(room.last(std::max(length, 0)), kBytes, std::max(length, 0));
-        EXPECT_EQ(capture_flushed_stdout([&, t = type, w = width, n = length] { zt_print_hex(0, t, w, at, n); }), want);
+// One line, byte by byte: the groups grow at their front.
+static std::string slow_line(std::string_view bytes, int width) {
+    const size_t group = bytes.size() % (1 << width) == 0 ? 1 << width : 1;
+    std::string text, characters;
+    for (const uint8_t byte : bytes) {
+        const size_t at = characters.size() % group;
+        text.insert(text.size() - 2 * at, {"0123456789abcdef"[byte / 16], "0123456789abcdef"[byte % 16]});
+        if (at + 1 == group) text += ' ';
+        characters += byte >= ' ' && byte <= '~' ? static_cast<char>(byte) : '.';
     }
-    // Three lines come before the end of what can be read.
-    EXPECT_DEATH((dup2(2, 1), zt_print_hex(0, 2, 0, room.last(48), INT32_MAX)), "00000020: ");
+    text.resize(33 + 16 / group, ' ');
+    return text + characters + '\n';
 }
 
-TEST(Hex, PrintsAddressesAndIntoTheSystemLog) {
+// The bytes are the last that can be read.
+ZT_MODEL(Hex, PrintsAsTheModelDoes, 1, 3'000) {
+    static const Guarded room;
+    while (random.more()) {
+        const int type = static_cast<int>(random(5)) - 1, width = static_cast<int>(random(6)) - 1;
+        const std::string bytes = random.text(random(70));
+        const char *at = room.last(bytes);
+        std::string want;
+        for (size_t i = 0; i < bytes.size(); i += 16) {
+            char prefix[99] = "";
+            if (type == 1) snprintf(prefix, sizeof prefix, "%p: ", static_cast<const void *>(at + i));
+            if (type == 2) snprintf(prefix, sizeof prefix, "%08zx: ", i);
+            want += prefix + slow_line(bytes.substr(i, 16), width < 4 ? std::max(width, 0) : 0);
+        }
+        EXPECT_EQ(capture_flushed_stdout([&] { zt_print_hex(0, type, width, at, int(bytes.size())); }), want);
+    }
+}
+
+TEST(Hex, PrintsIntoTheSystemLogAndUpToTheLargestLength) {
+    const Guarded room;  // of which three lines come before the end of what can be read
+    zt_print_hex(0, 0, 0, room.first(), INT32_MIN);
+    EXPECT_DEATH((dup2(2, 1), zt_print_hex(0, 2, 0, room.last(48), INT32_MAX)), "00000020: ");
+    const char bytes[] = "H";
     const std::string line = "48" + std::string(47, ' ') + "H\n";
-    const std::string address = testing::PrintToString(static_cast<const void *>(kBytes)) + ": ";
-    EXPECT_EQ(capture_flushed_stdout([] { zt_print_hex(0, 1, 0, kBytes, 1); }), address + line);
+    const std::string address = testing::PrintToString(static_cast<const void *>(bytes)) + ": ";
     openlog("log", LOG_PERROR, LOG_USER), setlogmask(LOG_MASK(LOG_INFO));
     testing::internal::CaptureStderr();
-    for (const int32_t type : {0, 1, 2}) zt_print_hex(-1, type, 0, kBytes, 1);
+    for (const int32_t type : {0, 1, 2}) zt_print_hex(-1, type, 0, bytes, 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "log: " + line + "log: " + address + line + "log: 00000000: " + line);
 }

@@ -13,9 +13,9 @@ static int32_t less(zt_heap_node_t *first, zt_heap_node_t *second) {
 }
 
 // A heap in an array that swaps its nodes as textbooks do: the node at position k, null where none is.
-using Model = std::vector<zt_heap_node_t *>;
+using Array = std::vector<zt_heap_node_t *>;
 
-static void sift(Model &at, size_t k) {
+static void sift(Array &at, size_t k) {
     size_t top = k;
     for (size_t child : {2 * k, 2 * k + 1})
         if (at[child] && less(at[child], at[top])) top = child;
@@ -25,24 +25,23 @@ static void sift(Model &at, size_t k) {
     sift(at, top);
 }
 
-// Ties decide the shape too. While the heap grows and shrinks, nodes that are in it are inserted and
-// others removed; a removed one keeps its links, but for those that led to the last node. Nothing is
-// compared where nothing needs to be. The second half has a heap of a few nodes.
-TEST(Heap, HasTheShapeOfAnArrayHeap) {
-    const uint32_t size = 500;
-    std::mt19937 random(size);
+// Ties decide the shape too. While a heap of few or many nodes grows and shrinks, nodes that are in it
+// are inserted and others removed; a removed one keeps its links, but for those that led to the last
+// node. Nothing is compared where nothing needs to be.
+ZT_MODEL(Heap, HasTheShapeOfAnArrayHeap, 4, 5'000) {
     zt_heap_t heap = {};
-    uint32_t count = 0;
-    Model at(2 * size + 2);
-    std::vector<Record> records(size);
-    for (uint32_t step = 0; step < 20 * size && !HasFailure(); ++step) {
-        if (step == 10 * size) heap = {}, count = 0, at.assign(26, nullptr), records.assign(12, {});
-        Record *node = &records[random() % records.size()];
+    uint32_t count = 0, growing = 1;
+    std::vector<Record> records(random.variant(2) ? 12 : 500);
+    Array at(2 * records.size() + 2);
+    while (random.more()) {
+        const uint32_t dice = random(256);
+        growing ^= dice == 0;
+        Record *node = &records[random(records.size())];
         const Record before = *node;
         zt_heap_node_t *last = before.in_heap ? at[count] : node;
         const auto compare = node != last ? less : nullptr;
-        if (random() % size < step % size) {
-            if (!before.in_heap) node->key = random() % 100, at[++count] = node, sift(at, count);
+        if (growing == (dice % 8 > 0)) {
+            if (!before.in_heap) node->key = random(100), at[++count] = node, sift(at, count);
             zt_heap_insert(&heap, node, before.in_heap ? nullptr : less);
         } else {
             if (node == heap.root) zt_heap_dequeue(&heap, compare);

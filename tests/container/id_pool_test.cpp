@@ -6,41 +6,39 @@
 
 // Ids come from around the counter's restart, so that live ones stand in its way. The model's counter
 // is slow and obvious: the first number from `next` on that is not in the map.
-TEST(IdPool, BehavesAsAMap) {
-    std::mt19937 random(11);
+ZT_MODEL(IdPool, BehavesAsAMap, 9, 20'000) {
     zt_id_pool_t pool;
     memset(static_cast<void *>(&pool), 0x5a, sizeof pool);  // stale bytes must not be freed
+    const uint32_t kind = random.variant(9), buckets = kind % 3 * 31 + 1;
     EXPECT_EQ(zt_id_pool_create(&pool, 0), 7);
     EXPECT_EQ(zt_id_pool_create(&pool, 0x10000000), 8);
-    for (int run = 0; run < 9; ++run) {
-        const uint32_t buckets = run % 3 * 31 + 1;
-        alloc_faults::fail_at(1, alloc_faults::Mode::kOnce);
-        ASSERT_EQ(zt_id_pool_create(&pool, buckets), 8);
-        ASSERT_EQ(zt_id_pool_create(&pool, buckets), 0);
-        int32_t next = pool.next_id = run < 3 ? 1 : run < 6 ? INT32_MAX - 20 : INT32_MIN;
-        std::map<int32_t, void *> model;
-        for (uintptr_t step = 1; step < 20'000; ++step) {
-            int32_t id = random() % 2 ? int(random() % 60) - 2 : INT32_MAX - int(random() % 40);
-            void *const item = reinterpret_cast<void *>(step), *found = nullptr;
-            if (const int32_t op = random() % 4, before = id; op < 2) {
-                const bool automatic = op == 0 || id < 1, passed = next < 1 || next > id;
-                int32_t want = id, after = automatic || passed ? next : int32_t(id + 1u);
-                for (bool taken = automatic; taken; taken = model.count(want))
-                    want = std::max(after, 1), after = int32_t(want + 1u);
-                alloc_faults::fail_at(random() % 9 == 0, alloc_faults::Mode::kOnce);
-                const auto got = (op ? zt_id_pool_alloc_specific : zt_id_pool_alloc)(&pool, item, &id);
-                ASSERT_EQ(got, alloc_faults::disarm() ? 8 : model.count(want) ? 22 : 0);
-                ASSERT_EQ(id, got == 8 ? before : want);
-                if (got == 0) model[id] = item;
-                if (got == 0 || automatic) next = after;
-            } else
-                ASSERT_EQ(zt_id_pool_free(&pool, id), id < 1 || model.erase(id));
-            ASSERT_EQ(zt_id_pool_lookup(&pool, id, &found), model.count(id));
-            ASSERT_TRUE(found == (model.count(id) ? model[id] : nullptr) && pool.next_id == next);
-        }
-        zt_id_pool_destroy(&pool);
-        ASSERT_EQ(alloc_faults::live(), 0);
+    for (const int n : {1, 0}) {
+        alloc_faults::fail_at(n, alloc_faults::Mode::kOnce);
+        ASSERT_EQ(zt_id_pool_create(&pool, buckets), 8 * n);
     }
+    int32_t next = pool.next_id = kind < 3 ? 1 : kind < 6 ? INT32_MAX - 20 : INT32_MIN;
+    std::map<int32_t, void *> model;
+    for (uintptr_t step = 1; random.more(); ++step) {
+        int32_t id = random(2) ? int(random(60)) - 2 : INT32_MAX - int(random(40));
+        void *const item = reinterpret_cast<void *>(step), *found = nullptr;
+        if (const int32_t op = random(4), before = id; op < 2) {
+            const bool automatic = op == 0 || id < 1, passed = next < 1 || next > id;
+            int32_t want = id, after = automatic || passed ? next : int32_t(id + 1u);
+            for (bool taken = automatic; taken; taken = model.count(want))
+                want = std::max(after, 1), after = int32_t(want + 1u);
+            alloc_faults::fail_at(random(9) == 8, alloc_faults::Mode::kOnce);
+            const auto got = (op ? zt_id_pool_alloc_specific : zt_id_pool_alloc)(&pool, item, &id);
+            ASSERT_EQ(got, alloc_faults::disarm() ? 8 : model.count(want) ? 22 : 0);
+            ASSERT_EQ(id, got == 8 ? before : want);
+            if (got == 0) model[id] = item;
+            if (got == 0 || automatic) next = after;
+        } else
+            ASSERT_EQ(zt_id_pool_free(&pool, id), id < 1 || model.erase(id));
+        ASSERT_EQ(zt_id_pool_lookup(&pool, id, &found), model.count(id));
+        ASSERT_TRUE(found == (model.count(id) ? model[id] : nullptr) && pool.next_id == next);
+    }
+    zt_id_pool_destroy(&pool);
+    ASSERT_EQ(alloc_faults::live(), 0);
 }
 
 TEST(IdPool, ThreadsNeverShareAnId) {

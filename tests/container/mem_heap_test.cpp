@@ -22,34 +22,31 @@ static const zt_mem_heap_block_t *expect_sound(zt_mem_heap_t heap, uint64_t base
 
 // One of the regions ends at the top of the address space. Some allocations of block records fail,
 // which changes nothing.
-TEST(MemHeap, FirstFitOverSoundBlocks) {
-    const uint64_t bases[] = {0x80000000, 0, UINT64_MAX - 0xfff, 0, 0};
-    const uint32_t sizes[] = {0x10000, 0x1000, 0x1000, UINT32_MAX & ~0xfffu, 0};
-    std::mt19937 random(5);
-    for (int row = 0; row < 5; ++row) {
-        const uint32_t size = sizes[row], align = size == ~0xfffu ? 0x1000 : 1u << 4 * row % 12;
-        zt_mem_heap_t heap = nullptr;
-        EXPECT_EQ(zt_mem_heap_create(&heap, bases[row] + row % 2 * 4, size, row % 2 ? 0x1000 : row % 4 * 3 / 2), 7);
-        for (int n = 2; n >= 0; --n) {
-            alloc_faults::fail_at(n, alloc_faults::Mode::kOnce);
-            EXPECT_EQ(zt_mem_heap_create(&heap, bases[row], size, align), n > 0 ? 8 : 0);
-        }
-        zt_mem_heap_block_t *held[40] = {};
-        for (int step = 0; step < 10'000 && !HasFailure(); ++step) {
-            const uint32_t some[] = {uint32_t(random() % (size / 12 + 1)), 0, 1, align, size, ~0u};
-            const uint64_t request = some[random() % 8 ? 0 : random() % 6];
-            const uint64_t need = (request + align - 1) / align * align;
-            auto *&block = held[random() % 40];
-            zt_mem_heap_free(&heap, block);
-            const auto *fit = expect_sound(heap, bases[row], need);
-            alloc_faults::fail_at(random() % 9 == 0, alloc_faults::Mode::kOnce);
-            block = zt_mem_heap_alloc(&heap, request);
-            ASSERT_EQ(block, alloc_faults::disarm() ? nullptr : fit);
-            ASSERT_TRUE(block == nullptr || block->size == need);
-        }
-        zt_mem_heap_destroy(&heap);
-        EXPECT_TRUE(heap == nullptr && alloc_faults::live() == 0);
+ZT_MODEL(MemHeap, FirstFitOverSoundBlocks, 5, 10'000) {
+    const uint32_t sizes[] = {0x10000, 0x1000, 0x1000, UINT32_MAX & ~0xfffu, 0}, row = random.variant(5);
+    const uint32_t size = sizes[row], align = size == ~0xfffu ? 0x1000 : 1u << 4 * row % 12;
+    const uint64_t base = row == 2 ? UINT64_MAX - 0xfff : row == 0 ? 0x80000000 : 0;
+    zt_mem_heap_t heap = nullptr;
+    EXPECT_EQ(zt_mem_heap_create(&heap, base + row % 2 * 4, size, row % 2 ? 0x1000 : row % 4 * 3 / 2), 7);
+    for (int n = 2; n >= 0; --n) {
+        alloc_faults::fail_at(n, alloc_faults::Mode::kOnce);
+        EXPECT_EQ(zt_mem_heap_create(&heap, base, size, align), n > 0 ? 8 : 0);
     }
+    zt_mem_heap_block_t *held[40] = {};
+    while (random.more()) {
+        const uint32_t some = random(size / 12 + 1);
+        const uint64_t request = random.pick({some, some, some, some, some, some, 0u, 1u, align, size, ~0u});
+        const uint64_t need = (request + align - 1) / align * align;
+        auto *&block = held[random(40)];
+        zt_mem_heap_free(&heap, block);
+        const auto *fit = expect_sound(heap, base, need);
+        alloc_faults::fail_at(random(9) == 8, alloc_faults::Mode::kOnce);
+        block = zt_mem_heap_alloc(&heap, request);
+        EXPECT_EQ(block, alloc_faults::disarm() ? nullptr : fit);
+        EXPECT_TRUE(block == nullptr || block->size == need);
+    }
+    zt_mem_heap_destroy(&heap);
+    EXPECT_TRUE(heap == nullptr && alloc_faults::live() == 0);
 }
 
 // The owner of an address alone writes there: what two own at once would show.

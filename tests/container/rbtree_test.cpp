@@ -26,19 +26,17 @@ static int walk(zt_rbtree_node_t *node, const void *parent, bool below_red, auto
     return left + black;
 }
 
-// Ascending keys come first, then random ones come and go while the tree grows and shrinks. Neither
-// a refused node nor a deleted one is touched, and deleting compares nothing. The second half has a
-// tree of a few nodes.
-TEST(RbTree, KeepsOrderAndColoursLikeAMap) {
-    const uint32_t size = 1000;
-    std::mt19937 random(size);
+// Keys come at random or in a row, while the tree grows and shrinks, of few nodes or many. Neither a
+// refused node nor a deleted one is touched, and deleting compares nothing.
+ZT_MODEL(RbTree, KeepsOrderAndColoursLikeAMap, 4, 5'000) {
+    const uint32_t kind = random.variant(4), size = kind % 2 ? 20 : 1000;
     zt_rbtree_t tree = {};
     std::map<uint32_t, Record *> model;
-    Record records[size] = {};
-    for (uint32_t step = 0; step < 20 * size && !HasFailure(); ++step) {
-        if (step == 10 * size) tree = {}, model.clear();
-        const uint32_t i = step < size ? step : random() % (step < 10 * size ? size : 20);
-        const bool insert = step < size || random() % size < step % size, known = model.count(i);
+    std::vector<Record> records(size);
+    for (uint32_t step = 0, growing = 1; random.more(); ++step) {
+        const uint32_t dice = random(256), i = (kind < 2 ? random(size) : step) % size;
+        growing ^= dice == 0;
+        const bool insert = growing == (dice % 8 > 0), known = model.count(i);
         records[i].key = i;
         Record before = records[i], twin = before, *node = insert && known ? &twin : &records[i];
         tree.compare = insert ? by_key : nullptr;

@@ -31,18 +31,18 @@ struct Ring : zt_ring_buf_t {
 };
 
 // What is claimed or peeked at and not finished is given up, or read again. Finishing needs no claim.
-static void use_bytes(Ring &ring, std::deque<uint8_t> &stored, std::mt19937 &random) {
-    uint32_t done = 0, count = random() % (ring.limit + 3), how = random() % 4;
-    const uint32_t space = ring.limit - stored.size(), beyond = random() % 2 ? 1 : UINT32_MAX / 2;
+static void use_bytes(Ring &ring, std::deque<uint8_t> &stored, Choices &random) {
+    uint32_t done = 0, count = random(ring.limit + 3), how = random(4);
+    const uint32_t space = ring.limit - stored.size(), beyond = random(2) ? 1 : UINT32_MAX / 2;
     const bool keeps_one = ring.may_keep_one();
     uint8_t bytes[600], *piece = nullptr;
-    if (random() % 2) {
-        std::generate_n(bytes, count, [&] { return random(); });
+    if (random(2)) {
+        std::generate_n(bytes, count, std::minstd_rand(1 + random(256)));
         if (how > 1) done = zt_ring_buf_put(&ring, bytes, count);
         while (auto got = how > 1 ? 0 : zt_ring_buf_put_claim(&ring, &piece, count - done))
             std::copy_n(bytes + done, got, piece), done += got;
         ASSERT_TRUE(done == std::min(count, space) || (keeps_one && done + 1 == space));
-        if (how < 2) ASSERT_EQ(zt_ring_buf_put_finish(&ring, done = random() % (done + 1)), 0);
+        if (how < 2) ASSERT_EQ(zt_ring_buf_put_finish(&ring, done = random(done + 1)), 0);
         stored.insert(stored.end(), bytes, bytes + done);
     } else {
         if (how < 2) done = zt_ring_buf_get(&ring, how ? bytes : nullptr, count);
@@ -51,7 +51,7 @@ static void use_bytes(Ring &ring, std::deque<uint8_t> &stored, std::mt19937 &ran
             std::copy_n(piece, got, bytes + done), done += got;
         ASSERT_EQ(done, std::min<size_t>(count, stored.size()));
         ASSERT_TRUE(how == 0 || std::equal(bytes, bytes + done, stored.begin()));
-        if (how > 1) ASSERT_EQ(zt_ring_buf_get_finish(&ring, done = random() % (done + 1)), 0);
+        if (how > 1) ASSERT_EQ(zt_ring_buf_get_finish(&ring, done = random(done + 1)), 0);
         stored.erase(stored.begin(), stored.begin() + done);
     }
     ASSERT_EQ(zt_ring_buf_put_finish(&ring, ring.limit - stored.size() + beyond), 7);
@@ -61,9 +61,9 @@ static void use_bytes(Ring &ring, std::deque<uint8_t> &stored, std::mt19937 &ran
 }
 
 // An item in the model is the header word as it is stored, then the data.
-static void use_items(Ring &ring, std::deque<std::vector<uint32_t>> &items, std::mt19937 &random) {
-    std::vector<uint32_t> in(1 + random() % std::min<uint32_t>(ring.limit + 2, 256));
-    std::generate(in.begin(), in.end(), [&] { return random(); });
+static void use_items(Ring &ring, std::deque<std::vector<uint32_t>> &items, Choices &random) {
+    std::vector<uint32_t> in(1 + random(std::min<uint32_t>(ring.limit + 2, 256)));
+    std::generate(in.begin(), in.end(), std::minstd_rand(1 + random(256)));
     in[0] = (in[0] & 0xff00ffff) | (in.size() - 1) << 16;
     const uint32_t used = zt_ring_buf_size_get(&ring), dropped = ring.dropped_puts;
     const bool fits = used + in.size() + ring.may_keep_one() <= ring.limit;
@@ -71,11 +71,11 @@ static void use_items(Ring &ring, std::deque<std::vector<uint32_t>> &items, std:
     ASSERT_TRUE(got == 0 || (got == 18 && !fits && ring.dropped_puts == dropped + 1));
     ASSERT_EQ(zt_ring_buf_size_get(&ring), used + (got == 0 ? in.size() : 0));
     if (got == 0) items.push_back(in);
-    if (random() % 2) return;
+    if (random(2)) return;
 
     const std::vector<uint32_t> want = items.empty() ? std::vector{0u} : items[0];
     const uint8_t length = want.size() - 1;
-    const bool skip = random() % 4 == 0, short_of_room = length > 0 && random() % 4 == 0;
+    const bool skip = random(4) == 0, short_of_room = length > 0 && random(4) == 0;
     uint16_t type = 0;
     uint8_t value = 0, room = length - short_of_room;
     uint32_t out[256];
@@ -87,14 +87,10 @@ static void use_items(Ring &ring, std::deque<std::vector<uint32_t>> &items, std:
     items.pop_front();
 }
 
-TEST(RingBuf, GivesWhatWentIn) {
-    std::mt19937 random(20260305);
-    for (auto *row = kCases; row != std::end(kCases); row += 3) {
-        SCOPED_TRACE(testing::Message() << "size " << row[0] << ", start " << row[2]);
-        Ring bytes(row), words(row);
-        std::deque<uint8_t> stored;
-        std::deque<std::vector<uint32_t>> items;
-        for (int step = 0; step < 100'000 && !HasFatalFailure(); ++step)
-            use_bytes(bytes, stored, random), use_items(words, items, random);
-    }
+ZT_MODEL(RingBuf, GivesWhatWentIn, 12, 100'000) {
+    const uint32_t *row = kCases + 3 * random.variant(12);
+    Ring bytes(row), words(row);
+    std::deque<uint8_t> stored;
+    std::deque<std::vector<uint32_t>> items;
+    while (random.more()) use_bytes(bytes, stored, random), use_items(words, items, random);
 }

@@ -10,12 +10,10 @@
 #include "format/sha256_kernels.hpp"
 #include "support/test.hpp"
 
-namespace {
-
 // MD5, SHA-256 and both CRCs of every length to 300 and some to 4,000, as text, have the MD5 that
 // Python's hashlib and binascii give; fed in random pieces they are the same. The data ends, or
 // starts, at an inaccessible page.
-void expect_digests_of_python() {
+static void expect_digests_of_python() {
     std::mt19937 random(1);
     const Guarded room;
     std::string all;
@@ -77,5 +75,3 @@ TEST(Digests, BlockCodesAndTheCarryOfTheBitCount) {
     zt_md5_update(&ctx, block, 1);
     EXPECT_TRUE(ctx.count[0] == 8 && ctx.count[1] == 1);
 }
-
-}  // namespace

@@ -4,10 +4,8 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 // The value of a key by the rules, line by line; false when there is none.
-bool slow_find(const std::string &text, const char *section, const std::string &key, std::string *value) {
+static bool slow_find(const std::string &text, const char *section, const std::string &key, std::string *value) {
     bool inside = section == nullptr;
     std::string feeds = text;
     std::replace(feeds.begin(), feeds.end(), '\r', '\n');
@@ -33,46 +31,38 @@ struct Reader {
     zt_ini_reader_t *reader = nullptr;
     Reader(const std::string &text, zt_status_t expected) {
         static const Guarded room;
-        char *source = room.last(text.size());
-        memcpy(source, text.data(), text.size());
-        const auto length = static_cast<uint32_t>(text.size());
-        EXPECT_EQ(zt_ini_reader_create(&reader, source, length), expected) << text;
+        EXPECT_EQ(zt_ini_reader_create(&reader, room.last(text), uint32_t(text.size())), expected) << text;
     }
     ~Reader() { zt_ini_read_destroy(reader); }
 };
 
-// Random texts of what matters; values and keys are found as the slow model finds them, at every
-// reading, in a buffer of just the right size.
-TEST(Ini, FindsWhatTheRulesSay) {
-    std::vector<std::string> tokens{" ", "\n", "\n\n", "\r\n", "\n[a]\n", "\n[b]\n"};
-    for (const char c : std::string_view("ab==[]\"\"\t#;/x\n")) tokens.emplace_back(1, c);
-    std::mt19937 random(8);
-    for (int round = 0; round < 60'000 && !HasFatalFailure(); ++round) {
-        std::string text;
-        for (uint32_t i = 1 + random() % 30; i > 0; --i) text += tokens[random() % tokens.size()];
-        SCOPED_TRACE("seed 8: " + text);
-        const bool any_line = text.find_first_not_of("\r\n") != std::string::npos;
+// Texts of what matters and of any bytes, up to the first NUL; values and keys are found as the slow
+// model finds them, in a buffer of just the right size.
+ZT_MODEL(Ini, FindsWhatTheRulesSay, 1, 60'000) {
+    const std::string tokens[] = {"\n", "\n\n", "\r\n", "\n[a]\n", "\n[b]\n", "[a]", "a=", "\n\"a=\"\""};
+    while (random.more()) {
+        std::string text = random.text(1);
+        for (uint64_t i = random(30), kind; i > 0 && (kind = random(24), true); --i)
+            text += kind < 8 ? tokens[kind] : random.text(1, kind < 23 ? " ab==[]\"\"\t#;/x\n" : "");
+        const std::string seen = text.substr(0, text.find('\0'));
+        const bool any_line = seen.find_first_not_of("\r\n") != std::string::npos;
         const Reader ini(text, any_line ? 0 : 7);
         for (int i = 0; i < 16 && any_line; ++i) {
-            const char *section = i % 4 == 0 ? nullptr : i % 4 == 1 ? "a" : i % 4 == 2 ? "b" : "";
-            const char *key = i % 8 < 4 ? "a" : "b";
-            std::string expected, value(100, 'x');
-            const bool found = slow_find(text, section, key, &expected);
+            const char *section = std::array<const char *, 4>{nullptr, "a", "b", ""}[i % 4];
+            const char *key = std::array{"a", "b", "", "ab"}[i / 4];
+            std::string expected, value(200, 'x');
+            const bool found = slow_find(seen, section, key, &expected);
             const auto size = static_cast<int32_t>(expected.size()) + 1;
-            const auto get = [&](int32_t room) {
-                return zt_ini_reader_get_string(ini.reader, section, key, &value[0], room);
-            };
+            const auto get = [&](int n) { return zt_ini_reader_get_string(ini.reader, section, key, &value[0], n); };
             const auto get_default = [&](const char *d, int32_t n) {
                 return zt_ini_reader_get_string_default(ini.reader, section, key, d, &value[0], n);
             };
-            ASSERT_EQ(get(size - 1), found ? 29 : 16);
-            ASSERT_EQ(get_default("d", -1), found ? 29 : 16);
-            ASSERT_EQ(value[0], 'x');
-            ASSERT_EQ(get(size), found ? 0 : 16);
-            ASSERT_TRUE(!found || value.c_str() == expected);
-            ASSERT_EQ(value[size], 'x');
-            ASSERT_EQ(get_default("d", found ? size : 2), 0);
-            ASSERT_EQ(value.c_str(), found ? expected : "d");
+            EXPECT_TRUE(get(size - 1) == (found ? 29 : 16) && get_default("d", -1) == (found ? 29 : 16));
+            EXPECT_EQ(value[0], 'x');
+            EXPECT_EQ(get(size), found ? 0 : 16);
+            EXPECT_TRUE((!found || value.c_str() == expected) && value[size] == 'x');
+            EXPECT_EQ(get_default("d", found ? size : 2), 0);
+            EXPECT_EQ(value.c_str(), found ? expected : "d") << text;
         }
     }
     EXPECT_EQ(alloc_faults::live(), 0);
@@ -133,5 +123,3 @@ TEST(Ini, FilesOfEveryKind) {
     close(keeps_pipe_open);
     EXPECT_EQ(std::system((std::string("rm -r ") + folder).c_str()), 0);
 }
-
-}  // namespace

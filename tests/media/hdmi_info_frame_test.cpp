@@ -4,8 +4,6 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 TEST(HdmiInfoFrame, CatalogueAndSets) {
     const std::string types = "\x82\x84\x83\x85\x81\x04\x05\x06\x0A\x86\x87";
     std::string names, found;
@@ -29,27 +27,23 @@ TEST(HdmiInfoFrame, CatalogueAndSets) {
     }
 }
 
-TEST(HdmiInfoFrame, SizeChecksumAndComparison) {
-    const Guarded rooms[2];
-    for (int length = 0; length < 256; ++length) {
-        const int size = std::min(length % 32 + 4, 31);
-        auto *frame = reinterpret_cast<uint8_t *>(rooms[0].last(size));
-        auto *other = reinterpret_cast<uint8_t *>(rooms[1].last(size));
-        for (int i = 0; i < size; ++i) frame[i] = static_cast<uint8_t>(i == 2 ? length : i * 37);
-        EXPECT_EQ(zt_hdmi_info_frame_get_size(frame), size);
-        frame[3] += zt_hdmi_info_frame_calc_checksum(frame);
-        EXPECT_EQ(zt_hdmi_info_frame_is_valid(frame), length % 32 < 28);
-        auto *shortest = reinterpret_cast<uint8_t *>(memcpy(rooms[1].last(4), frame, 4));
-        shortest[2] &= 0xE0;
-        EXPECT_EQ(zt_hdmi_info_frame_is_different(frame, shortest), length % 32 != 0);
-        for (int i = 0; i < size; ++i) {
-            memcpy(other, frame, size);
-            EXPECT_FALSE(zt_hdmi_info_frame_is_different(frame, other));
-            other[i] ^= i == 2 ? 0x80 : 0x11;  // the length itself stays in its memory
-            EXPECT_TRUE(zt_hdmi_info_frame_is_different(frame, other));
-            EXPECT_FALSE(zt_hdmi_info_frame_is_valid(other)) << length;
+// Any bytes, with a right checksum or not, and others that may be the same but for one byte.
+ZT_MODEL(HdmiInfoFrame, SizeChecksumAndComparison, 1, 50'000) {
+    static const Guarded rooms[2];
+    for (std::string frames[2]; random.more();) {
+        const uint8_t *bytes[2];
+        for (const int i : {0, 1}) {
+            std::string &frame = frames[i] = i > 0 && random(8) > 0 ? frames[0] : random.text(31);
+            const auto sum = [&] { return std::accumulate(frame.begin(), frame.end(), 0) & 255; };
+            if (random(2)) frame[random(frame.size())] ^= 1 << random(8);
+            const size_t length = frame[2] & 31;
+            frame.resize(std::min<size_t>(length + 4, 31));
+            if (random(2)) frame[3] -= sum();
+            bytes[i] = reinterpret_cast<uint8_t *>(rooms[i].last(frame));
+            EXPECT_EQ(zt_hdmi_info_frame_get_size(bytes[i]), int(frame.size()));
+            EXPECT_EQ(zt_hdmi_info_frame_is_valid(bytes[i]), length < 28 && sum() == 0);
+            EXPECT_EQ(zt_hdmi_info_frame_calc_checksum(bytes[i]), -sum() & 255);
         }
+        EXPECT_EQ(zt_hdmi_info_frame_is_different(bytes[0], bytes[1]), frames[0] != frames[1]);
     }
 }
-
-}  // namespace

@@ -3,13 +3,10 @@
 #include "zt/numeric.h"
 
 #include <cmath>
-#include <numeric>
 
 #include "zt/flash.h"
 
 #include "support/test.hpp"
-
-namespace {
 
 TEST(Numeric, SinesOfAllAngles) {
     for (int angle = INT16_MIN; angle <= INT16_MAX; ++angle) {
@@ -49,5 +46,3 @@ TEST(Flash, AccessesInWiderNumbers) {
                     EXPECT_EQ(zt_flash_rw_is_valid(&infos[1], &range), want) << offset;
                 }
 }
-
-}  // namespace

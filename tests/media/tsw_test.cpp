@@ -4,11 +4,9 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 __extension__ using Wide = __int128;
 
-struct Model {
+struct Slow {
     zt_tsw_param_t param;
     int64_t smoothed = 0, smallest = 0, largest = 0;
     std::vector<zt_tsw_entry_t> all = {};  // since the last reset, and how many have left since
@@ -35,50 +33,39 @@ struct Model {
     }
 };
 
-template <size_t n>
-uint32_t pick(std::mt19937_64 &random, const uint32_t (&list)[n]) {
-    return list[random() % n];
-}
-
-TEST(Tsw, RandomStreamsAgainstTheModel) {
-    std::mt19937_64 random(4);
-    for (int stream = 0; stream < 400; ++stream) {
-        SCOPED_TRACE(testing::Message() << "seed 4, stream " << stream);
-        const uint32_t longer = pick(random, {0, 10, 100, 1000, UINT32_MAX});
-        const uint32_t shorter = std::min(longer, pick(random, {0, 10, 100, 1000, UINT32_MAX}));
-        const uint32_t usual_limit = pick(random, {30, 300, UINT32_MAX});
-        Model model = {{pick(random, {1, 2, 3, 8, 40}), longer, shorter, random() % 2 == 0}};
-        zt_tsw_t tsw;
-        ASSERT_EQ(zt_tsw_create(&tsw, &model.param), ZT_STATUS_SUCCESS);
-        uint64_t now = random() >> random() % 64, offset = 500, when = 0;
-        for (int i = 0; i < 250; ++i) {
-            const uint64_t what = random() % 128, limit = what / 2 == 3 ? what % 2 : usual_limit;
-            if (what == 0) offset = random();                // half the numbers away
-            if (what == 1) offset = uint64_t{1} << 63;       // the smallest delta of all
-            if (what == 2) offset += random() % 1000 - 500;  // a jump up or down
-            if (what == 3) now += random() % 2000;           // a gap
-            if (what == 4) now -= random() % 20;             // a clock set back
-            if (what == 5) zt_tsw_reset(&tsw), model = {model.param, model.smoothed};
-            if (what > 40) now += random() % 12;  // else a burst
-            const uint64_t ref = now - offset - random() % 40;
-            zt_tsw_update(&tsw, ref, now, static_cast<uint32_t>(limit));
-            model.update(ref, now, static_cast<uint32_t>(limit));
-            ASSERT_EQ(zt_tsw_get_delta_ex(&tsw, &when), model.smallest) << i;
-            ASSERT_EQ(zt_tsw_get_jitter(&tsw), model.largest) << i;
-            ASSERT_EQ(tsw.delta_heap.count, model.all.size() - model.old_deltas) << i;
-            ASSERT_EQ(tsw.jitter_heap.count, model.all.size() - model.old_jitters) << i;
-            ASSERT_EQ(tsw.evicted, model.old_deltas != 0) << i;
-            ASSERT_EQ(tsw.smoothed, model.smoothed) << i;
-            const auto holds = [&](auto &e) { return e.now == when && e.delta == model.smallest; };
-            ASSERT_TRUE(
-                std::any_of(model.all.begin() + static_cast<ptrdiff_t>(model.old_deltas), model.all.end(), holds))
-                << i;
-        }
-        zt_tsw_destroy(&tsw);
+ZT_MODEL(Tsw, RandomStreamsAgainstTheModel, 400, 250) {
+    const uint32_t longer = random.pick({0u, 10u, 100u, 1000u, UINT32_MAX});
+    const uint32_t shorter = std::min(longer, random.pick({0u, 10u, 100u, 1000u, UINT32_MAX}));
+    const uint32_t usual_limit = random.pick({30u, 300u, UINT32_MAX});
+    Slow model = {{random.pick({1u, 2u, 3u, 8u, 40u}), longer, shorter, random(2) == 0}};
+    zt_tsw_t tsw;
+    ASSERT_EQ(zt_tsw_create(&tsw, &model.param), ZT_STATUS_SUCCESS);
+    uint64_t now = random() >> random(64), offset = 500, when = 0;
+    while (random.more()) {
+        const uint64_t what = random(128), limit = what / 2 == 3 ? what % 2 : usual_limit;
+        if (what == 0) offset = random();             // half the numbers away
+        if (what == 1) offset = uint64_t{1} << 63;    // the smallest delta of all
+        if (what == 2) offset += random(1000) - 500;  // a jump up or down
+        if (what == 3) now += random(2000);           // a gap
+        if (what == 4) now -= random(20);             // a clock set back
+        if (what == 5) zt_tsw_reset(&tsw), model = {model.param, model.smoothed};
+        if (what > 40) now += random(12);  // else a burst
+        const uint64_t ref = now - offset - random(40);
+        zt_tsw_update(&tsw, ref, now, static_cast<uint32_t>(limit));
+        model.update(ref, now, static_cast<uint32_t>(limit));
+        EXPECT_EQ(zt_tsw_get_delta_ex(&tsw, &when), model.smallest);
+        EXPECT_EQ(zt_tsw_get_jitter(&tsw), model.largest);
+        const uint64_t size = model.all.size();
+        EXPECT_TRUE(tsw.delta_heap.count == size - model.old_deltas &&
+                    tsw.jitter_heap.count == size - model.old_jitters);
+        EXPECT_TRUE(tsw.evicted == (model.old_deltas != 0) && tsw.smoothed == model.smoothed);
+        const auto holds = [&](auto &e) { return e.now == when && e.delta == model.smallest; };
+        EXPECT_TRUE(std::any_of(model.all.begin() + static_cast<ptrdiff_t>(model.old_deltas), model.all.end(), holds));
     }
+    zt_tsw_destroy(&tsw);
 }
 
-void create_and_use() {
+static void create_and_use() {
     const uint32_t sizes[] = {8, 8, 0, 48806447, UINT32_MAX};  // the fourth: 40 bytes in 32 bits
     const zt_status_t wants[] = {0, 7, 7, 8, 8};
     for (uint32_t i = 0; i < 5; ++i) {
@@ -96,5 +83,3 @@ void create_and_use() {
 }
 
 TEST(Tsw, FailedAndDestroyedWindowsReadAsEmpty) { EXPECT_EQ(alloc_faults::fail_each(create_and_use), 2u); }
-
-}  // namespace

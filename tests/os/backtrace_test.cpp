@@ -8,16 +8,14 @@
 
 #include "support/test.hpp"
 
-namespace {
+static void fault() { *reinterpret_cast<volatile int *>(std::atomic<uintptr_t>(64).load()) = 0; }
 
-void fault() { *reinterpret_cast<volatile int *>(std::atomic<uintptr_t>(64).load()) = 0; }
-
-int32_t overflow(zt_thread_t *, void *) {
+static int32_t overflow(zt_thread_t *, void *) {
     volatile char frame[4096] = {1};
     return frame[0] == 0 ? 0 : overflow(nullptr, nullptr) + frame[0];
 }
 
-void survive_all() {
+static void survive_all() {
     zt_backtrace_enable_noexit();
     for (const int signo : {SIGSEGV, SIGBUS, SIGILL, SIGABRT, SIGFPE, SIGSYS})
         if (errno = 12345, raise(signo), errno != 12345) _exit(1);
@@ -25,7 +23,7 @@ void survive_all() {
 
 // The C library finds its heap damaged and aborts with a lock of malloc held, while another thread
 // holds that of stdout.
-void abort_in_malloc() {
+static void abort_in_malloc() {
     flockfile(stdout);
     std::thread([] {
         auto *block = static_cast<char *>(malloc(100'000));
@@ -36,15 +34,15 @@ void abort_in_malloc() {
     }).join();
 }
 
-int fault_here(const char *, ...) { return fault(), 0; }
-int abort_here(const char *, ...) { std::abort(); }
-std::atomic<bool> g_done{false};
-int hang_once(const char *, ...) { return g_done.exchange(true) ? 0 : pause(); }
-int raise_once(const char *, ...) { return g_done.exchange(true) ? 0 : raise(SIGFPE); }
+static int fault_here(const char *, ...) { return fault(), 0; }
+static int abort_here(const char *, ...) { std::abort(); }
+static std::atomic<bool> g_done{false};
+static int hang_once(const char *, ...) { return g_done.exchange(true) ? 0 : pause(); }
+static int raise_once(const char *, ...) { return g_done.exchange(true) ? 0 : raise(SIGFPE); }
 
 // A process with the handler installed runs body, dumps so often and ends with the signal (0: it
 // exits). Several dumps are those of a process that goes on.
-void expect(int signal, int dumps, void (*body)(), zt_backtrace_print_t print = nullptr) {
+static void expect(int signal, int dumps, void (*body)(), zt_backtrace_print_t print = nullptr) {
     const std::string output =
         "^(malloc[^\n]+\n)?(=========>>>Dump stack start<<<=========\nsigno: [0-9]+\n"
         ".{3} Thread: [a-z_]+ .{3}\nbacktrace.. returned ([1-9]|[12][0-9]|3[0-2]) addresses\n"
@@ -90,5 +88,3 @@ TEST(Backtrace, NamesFramesAsTheCLibraryDoes) {
     EXPECT_EQ(text, "before, *** Thread: backtrace_test ***\nbacktrace() returned " + std::to_string(count) +
                         " addresses\n" + frames);
 }
-
-}  // namespace

@@ -24,16 +24,14 @@ zt_status_t zt_watchdog_register(zt_watchdog_mgr_t *mgr, zt_watchdog_t *entry, u
     return enter(mgr, entry, user, ms);
 }
 
-namespace {
+static zt_watchdog_mgr_t g_mgr = ZT_WATCHDOG_MGR_INIT(g_mgr, nullptr);
+static zt_watchdog_mgr_t g_old = ZT_WATCHDOG_MGR_INIT(g_old, nullptr);
+static bool is_empty(const zt_watchdog_mgr_t &mgr) { return mgr.clients.next == &mgr.clients; }
 
-zt_watchdog_mgr_t g_mgr = ZT_WATCHDOG_MGR_INIT(g_mgr, nullptr);
-zt_watchdog_mgr_t g_old = ZT_WATCHDOG_MGR_INIT(g_old, nullptr);
-bool is_empty(const zt_watchdog_mgr_t &mgr) { return mgr.clients.next == &mgr.clients; }
+static stack_t g_stack;
+static std::string g_seen;  // by the hook: the name it was given, the thread's, its nice value
 
-stack_t g_stack;
-std::string g_seen;  // by the hook: the name it was given, the thread's, its nice value
-
-void look(zt_thread_t *thread, void *, const char *name, void *context) {
+static void look(zt_thread_t *thread, void *, const char *name, void *context) {
     EXPECT_TRUE(thread == context && zt_get_pthread_id(*thread) == zt_get_curr_pthread_id());
     char own[16] = "";
     pthread_getname_np(pthread_self(), own, sizeof own);
@@ -41,7 +39,7 @@ void look(zt_thread_t *thread, void *, const char *name, void *context) {
 }
 
 // Enters one manager, moves to the other with two time-outs, and ends in one of four ways.
-int32_t be_watched(zt_thread_t *self, void *arg) {
+static int32_t be_watched(zt_thread_t *self, void *arg) {
     EXPECT_TRUE(sigaltstack(nullptr, &g_stack) == 0 && g_stack.ss_size >= 0x8000);
     for (auto [mgr, ms] : {std::pair(&g_old, 1), {&g_mgr, 1}, {&g_mgr, 600'000}})
         EXPECT_EQ(zt_thread_enable_watchdog(self, mgr, ms), 0);
@@ -126,5 +124,3 @@ TEST(Thread, FailuresLeaveNothingBehind) {
         EXPECT_TRUE(thread == nullptr && alloc_faults::live() == 0);
     }
 }
-
-}  // namespace

@@ -8,8 +8,6 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 std::string g_hooks;                                 // R and r: read_lock and read_unlock, W and w, F and f likewise
 std::vector<std::pair<uint64_t, uint64_t>> g_calls;  // subscriber and notification of each callback
 
@@ -18,23 +16,23 @@ constexpr zt_ntf_mgr_hook_t kRecord = [](auto) { g_hooks += kLetter; };
 const zt_ntf_mgr_ops_t kRecording = {kRecord<'R'>, kRecord<'r'>, kRecord<'W'>,
                                      kRecord<'w'>, kRecord<'F'>, kRecord<'f'>};
 
-bool on_change(zt_ntf_mgr_t *, uint64_t subscriber, uint64_t ntf) {
+static bool on_change(zt_ntf_mgr_t *, uint64_t subscriber, uint64_t ntf) {
     return g_calls.emplace_back(subscriber, ntf), g_hooks == "RF" && ntf % 3 == 0;  // consumes some
 }
-zt_ntf_cb_t callback_of(uint64_t subscriber) { return subscriber % 4 != 0 ? on_change : nullptr; }
+static zt_ntf_cb_t callback_of(uint64_t subscriber) { return subscriber % 4 != 0 ? on_change : nullptr; }
 
-struct NtfMgr : testing::Test {
-    std::mt19937_64 random{17};
+struct Subject {
+    Choices &random;
     zt_ntf_mgr_t manager = {};
-    std::map<uint64_t, std::array<uint64_t, 3>> subscribers;  // enable mask, flags, raw flags
-    std::vector<std::pair<uint64_t, uint64_t>> links[12];     // subscriber and bit, by notification
+    std::map<uint64_t, std::array<uint64_t, 3>> subscribers = {};  // enable mask, flags, raw flags
+    std::vector<std::pair<uint64_t, uint64_t>> links[12] = {};     // subscriber and bit, by notification
 
     void subscribe(uint64_t id) {
-        int first = random() % 65 - 1, count = random() % 10 - 1, bits = first + count;
+        int first = random(65) - 1, count = random(10) - 1, bits = first + count;
         uint64_t ids[8];
-        for (uint64_t &ntf : ids) ntf = random() % 12;
+        for (uint64_t &ntf : ids) ntf = random(12);
         const int64_t before = alloc_faults::live();
-        alloc_faults::fail_at(1 + random() % 40, alloc_faults::Mode(random() % 2));
+        alloc_faults::fail_at(1 + random(40), alloc_faults::Mode(random(2)));
         const auto status = zt_ntf_mgr_subscribe(&manager, id, first, ids, count, callback_of(id));
         const bool failed = alloc_faults::disarm(), bad = first < 0 || count < 0 || bits > 64;
         ASSERT_EQ(status, bad ? 7 : subscribers.contains(id) ? 22 : failed ? 8 : 0);
@@ -62,7 +60,7 @@ struct NtfMgr : testing::Test {
         ASSERT_EQ(g_hooks, links[ntf].empty() ? "Rr" : "RFfr");
     }
     void read_or_set_mask(uint64_t id) {
-        const auto what = random() % 4, before = random();
+        const auto what = random(4), before = random();
         const auto set = [](auto m, auto i, auto v) { return zt_ntf_mgr_set_en_mask(m, i, *v); };
         const decltype(&zt_ntf_mgr_get_flags) operations[] = {zt_ntf_mgr_get_en_mask, zt_ntf_mgr_get_flags,
                                                               zt_ntf_mgr_get_raw_flags, set};
@@ -78,7 +76,9 @@ struct NtfMgr : testing::Test {
     }
 };
 
-TEST_F(NtfMgr, BehavesAsTheModelAndCallsTheHooksInOrder) {
+ZT_MODEL(NtfMgr, BehavesAsTheModelAndCallsTheHooksInOrder, 1, 100'000) {
+    Subject all{random};
+    zt_ntf_mgr_t &manager = all.manager;
     // Keys whose differences do not fit signed numbers of any width.
     constexpr uint64_t kIds[] = {0, 1, 2, 3, 1ull << 31, 1ull << 32, ~0ull / 2, 1ull << 63, ~0ull};
     EXPECT_EQ(zt_ntf_mgr_publish(&manager, 1) + zt_ntf_mgr_unsubscribe(&manager, 1), 7 + 7);
@@ -89,13 +89,13 @@ TEST_F(NtfMgr, BehavesAsTheModelAndCallsTheHooksInOrder) {
     EXPECT_EQ(zt_ntf_mgr_subscribe(&manager, 1, 0, nullptr, 0, nullptr), 7);
     EXPECT_EQ(zt_ntf_mgr_subscribe(&manager, 1, INT32_MAX, kIds, INT32_MAX, nullptr), 7);
     EXPECT_EQ(g_hooks, "");
-    for (int i = 0; i < 100'000 && !HasFatalFailure(); ++i, g_hooks.clear(), g_calls.clear()) {
-        const uint64_t id = kIds[random() % std::size(kIds)], dice = random() % 8;
-        if (dice < 2) dice == 0 ? subscribe(id) : unsubscribe(id);
-        if (dice >= 2) dice < 5 ? publish(random() % std::size(links)) : read_or_set_mask(id);
+    for (; random.more(); g_hooks.clear(), g_calls.clear()) {
+        const uint64_t id = kIds[random(std::size(kIds))], dice = random(8);
+        if (dice < 2) dice == 0 ? all.subscribe(id) : all.unsubscribe(id);
+        if (dice >= 2) dice < 5 ? all.publish(random(12)) : all.read_or_set_mask(id);
     }
     zt_ntf_mgr_deinit(&manager), zt_ntf_mgr_deinit(&manager);
-    EXPECT_EQ(g_hooks, "Ww");
+    EXPECT_EQ(std::exchange(g_hooks, ""), "Ww");
     EXPECT_EQ(alloc_faults::live(), 0);
 }
 
@@ -106,8 +106,9 @@ const zt_ntf_mgr_ops_t kLocking = {[](auto) { g_trees.lock_shared(); }, [](auto)
                                    [](auto) { g_flags.lock(); },        [](auto) { g_flags.unlock(); }};
 int g_called;  // safe: called back under flags_lock
 
-TEST_F(NtfMgr, ThreadsPublishPollAndComeAndGo) {
+TEST(NtfMgr, ThreadsPublishPollAndComeAndGo) {
     const uint64_t ids[] = {1, 2, 3};
+    zt_ntf_mgr_t manager = {};
     ASSERT_EQ(zt_ntf_mgr_init(&kLocking, &manager), 0);
     const auto count = [](auto, auto, auto) { return ++g_called > 0; };
     ASSERT_EQ(zt_ntf_mgr_subscribe(&manager, 1, 0, ids, 3, count), 0);
@@ -122,5 +123,3 @@ TEST_F(NtfMgr, ThreadsPublishPollAndComeAndGo) {
     EXPECT_EQ(g_called, 2 * 3'000) << "each publish changes the flags: the callback consumes them";
     zt_ntf_mgr_deinit(&manager);
 }
-
-}  // namespace

@@ -6,11 +6,7 @@
 
 #include "support/test.hpp"
 
-namespace {
-
 using Callback = std::function<void(const zt_ptz_msg_t &)>;
-std::mt19937 g_random(5);
-auto pick(auto... of) { return std::array{of...}[g_random() % sizeof...(of)]; }
 
 // A channel with a driver that only counts; the handle comes first, as operations get its address.
 struct Channel {
@@ -43,19 +39,19 @@ struct Channel {
 
 // Random modes, selectors, bounds and supported bytes: in the capability only the range in question admits
 // anything, so a wrong one shows.
-TEST(Ptz, EachValueIsHeldAgainstItsOwnRange) {
+ZT_MODEL(Ptz, EachValueIsHeldAgainstItsOwnRange, 1, 50'000) {
     // Code, selector (0: none), and as words from the start: mode (35: none), value, first minimum.
     constexpr int kChecks[][5] = {{0x100, 0, 0, 2, 1},      {0x100, 0, 3, 5, 10},       {0x102, 0, 0, 2, 19},
                                   {0x103, 4, 1, 2, 29},     {0x104, 0x200, 1, 3, 39},   {0x104, 0x400, 4, 6, 48},
                                   {0x104, 0x400, 7, 9, 57}, {0x104, 0x400, 10, 12, 66}, {0x105, 0x20, 35, 1, 76},
                                   {0x105, 0x20, 35, 2, 78}, {0x106, 8, 35, 33, 81}};
     Channel channel(1);
-    for (int step = 0; step < 50'000 && !HasFailure(); ++step, zt_ptz_clear(&channel.ptz)) {
-        const auto &[code, selector, mode_at, value_at, first] = kChecks[g_random() % 11];
-        const int sent = code | pick(0, 0, 0x200, 0x10000), word = pick(selector, selector << 1);
-        const uint32_t mode = mode_at == 35 ? 1 : pick(0u, 1u, 2u, 3u, 4u, 0x80000001u);
-        const uint32_t supported = pick(0, 1, 0x80, 0x100), index = pick(0u, 255u, 256u, ~0u);
-        const float value = pick(-2.5f, 0.5f, 7.25f, -2.6f, 7.3f, std::bit_cast<float>(0x7fc00000));
+    for (; random.more(); zt_ptz_clear(&channel.ptz)) {
+        const auto &[code, selector, mode_at, value_at, first] = kChecks[random(11)];
+        const int sent = code | random.pick({0, 0, 0x200, 0x10000}), word = random.pick({selector, selector << 1});
+        const uint32_t mode = mode_at == 35 ? 1 : random.pick({0u, 1u, 2u, 3u, 4u, 0x80000001u});
+        const uint32_t supported = random.pick({0, 1, 0x80, 0x100}), index = random.pick({0u, 255u, 256u, ~0u});
+        const float value = random.pick({-2.5f, 0.5f, 7.25f, -2.6f, 7.3f, std::bit_cast<float>(0x7fc00000)});
         const bool moves = mode >= 1 && mode <= 3;
         const size_t min = first + (moves ? mode - 1 : 0) * 3;
         std::array<float, 84> words = {};
@@ -68,12 +64,12 @@ TEST(Ptz, EachValueIsHeldAgainstItsOwnRange) {
         block[34] = index, block[mode_at] = mode, block[value_at] = std::bit_cast<uint32_t>(value);
         const bool inside = value >= -2.5f && value <= 7.25f && (supported % 256 || code == 0x106);
         const bool fits = (!moves || word != selector || inside) && (code != 0x106 || index < 256);
-        EXPECT_EQ(channel.send(sent, block), sent != code || fits ? 0 : 7) << "step " << step;
+        EXPECT_EQ(channel.send(sent, block), sent != code || fits ? 0 : 7);
     }
 }
 
 // What each of three clients hears: '-' nothing, 'r' the result, 'i' the index; every other byte is 0.
-TEST(Ptz, ResultsAreRoutedByCodeStatusAndOperation) {
+ZT_MODEL(Ptz, ResultsAreRoutedByCodeStatusAndOperation, 1, 2'000) {
     Channel channel(0);
     std::string heard, want;
     uint32_t ids[4] = {};               // the last one hears nothing
@@ -82,10 +78,10 @@ TEST(Ptz, ResultsAreRoutedByCodeStatusAndOperation) {
     const auto kind = [&](auto &m) { return same(m, index) ? 'i' : same(m, result) ? 'r' : '?'; };
     for (const int i : {0, 1, 2}) ids[i] = channel.add([&, i](auto &msg) { heard[i] = kind(msg); });
     ASSERT_EQ(zt_ptz_register(&channel.ptz, &ids[3], nullptr, nullptr, nullptr), 0);
-    for (int step = 0; step < 2'000 && !HasFailure(); ++step) {
-        const uint32_t code = pick(0x106, 0x106, 0x306, 0x1106, 0x102, 0x206);
-        const uint32_t operation = g_random() % 5, to = g_random() % 4;  // operation 0: no block
-        result.u.result = {pick(0, 1), code, 5, ids[to], {9}}, index.type = 3;
+    while (random.more()) {
+        const uint32_t code = random.pick({0x106, 0x106, 0x306, 0x1106, 0x102, 0x206});
+        const uint32_t operation = random(5), to = random(4);  // operation 0: no block
+        result.u.result = {random.pick({0, 1}), code, 5, ids[to], {9}}, index.type = 3;
         zt_ptz_params_t block;
         memset(&block, 'x', sizeof block), block.index.name[5] = 0;
         block.index.operation = operation, block.index.index = index.u.index.index = 77;
@@ -101,21 +97,21 @@ TEST(Ptz, ResultsAreRoutedByCodeStatusAndOperation) {
 
 // Callbacks that register, unregister anybody and send: each client that is there throughout is called
 // exactly once, none that has left before its turn, no newcomer.
-TEST(Ptz, CallbacksMayRearrangeTheClients) {
-    for (int round = 0; round < 300 && !HasFailure(); ++round) {
+ZT_MODEL(Ptz, CallbacksMayRearrangeTheClients, 1, 300) {
+    while (random.more()) {
         Channel channel(0);
         uint32_t ids[8], calls[8] = {};  // 9: has left
         for (int i = 0; i < 8; ++i)
             ids[i] = channel.add([&, i](auto &) {
-                EXPECT_EQ(calls[i]++, 0u) << "round " << round;
-                const int victim = g_random() % 8;
-                if (pick(0, 0, 1)) zt_ptz_unregister(&channel.ptz, ids[victim]), calls[victim] = 9;
-                if (pick(0, 0, 1)) channel.add([](auto &) { ADD_FAILURE() << "a newcomer"; });
+                EXPECT_EQ(calls[i]++, 0u);
+                const int victim = random(8);
+                if (random.pick({0, 0, 1})) zt_ptz_unregister(&channel.ptz, ids[victim]), calls[victim] = 9;
+                if (random.pick({0, 0, 1})) channel.add([](auto &) { ADD_FAILURE() << "a newcomer"; });
                 EXPECT_LE(channel.send(0x201), 4);
             });
         zt_ptz_capability_t capability = {};
         ASSERT_EQ(zt_ptz_internal_update_capability(&channel.ptz, &capability), 0);
-        for (const uint32_t n : calls) EXPECT_TRUE(n == 1 || n == 9) << "round " << round;
+        for (const uint32_t n : calls) EXPECT_TRUE(n == 1 || n == 9);
     }
 }
 
@@ -168,5 +164,3 @@ TEST(Ptz, NothingIsLostBetweenThreads) {
     });
     for (const int c : {0, 1, 2, 3}) EXPECT_EQ(sent[c], got[c]);
 }
-
-}  // namespace

@@ -11,22 +11,20 @@ uint64_t g_now = 0x1'0000'0000 - 500;  // the low half is about to wrap
 std::function<void()> g_at_reading = [] {};
 uint64_t zt_time_get_ms() { return g_at_reading(), g_now; }
 
-namespace {
-
 constexpr size_t kEnd = 10, kFed = 11, kClosed = 12;  // what can happen besides an entry's number
 using Seen = std::vector<size_t>;
-Seen g_seen;
-std::function<void(size_t)> g_at_event;
-zt_watchdog_mgr_t g_mgr;
+static Seen g_seen;
+static std::function<void(size_t)> g_at_event;
+static zt_watchdog_mgr_t g_mgr;
 
-zt_status_t see(size_t what) {
+static zt_status_t see(size_t what) {
     EXPECT_EQ(g_mgr.lock.mutex.__data.__owner != 0, what < kEnd) << "locked for entries only";
     return g_seen.push_back(what), g_at_event(what), 1;
 }
-void on_expired(zt_watchdog_mgr_t *, zt_watchdog_t *entry) { see(entry ? entry->user : kEnd); }
-zt_hw_watchdog_t g_hw = {[](auto, int flag) { return 1000 + flag; }, [](auto) { return see(kFed); },
-                         [](auto) { return see(kClosed); }};
-Seen check() { return g_seen.clear(), zt_watchdog_mgr_check(&g_mgr), g_seen; }
+static void on_expired(zt_watchdog_mgr_t *, zt_watchdog_t *entry) { see(entry ? entry->user : kEnd); }
+static zt_hw_watchdog_t g_hw = {[](auto, int flag) { return 1000 + flag; }, [](auto) { return see(kFed); },
+                                [](auto) { return see(kClosed); }};
+static Seen check() { return g_seen.clear(), zt_watchdog_mgr_check(&g_mgr), g_seen; }
 
 TEST(Watchdog, ReportsTheOverdueInOrderOrFeedsTheHardware) {
     constexpr int32_t kTimeouts[] = {INT32_MIN, -1, 0, 1, 999, 1000, 86'400'000, INT32_MAX};
@@ -66,5 +64,3 @@ TEST(Watchdog, ReportsTheOverdueInOrderOrFeedsTheHardware) {
     g_now += 15, readings = 1;
     EXPECT_EQ(check(), Seen{kEnd}) << "all alive at the second look";
 }
-
-}  // namespace

@@ -1,8 +1,7 @@
 // Counts and fails the library's allocations. A test program that links alloc_faults.cpp has its
 // zt_malloc, zt_zalloc and zt_free called by the library in place of the library's own.
 // SPDX-License-Identifier: MIT
-#ifndef ZT_TESTS_SUPPORT_ALLOC_FAULTS_HPP
-#define ZT_TESTS_SUPPORT_ALLOC_FAULTS_HPP
+#pragma once
 
 #include <cstdint>
 
@@ -25,5 +24,3 @@ int64_t live();
 uint64_t fail_each(void (*body)());
 
 }  // namespace alloc_faults
-
-#endif  // ZT_TESTS_SUPPORT_ALLOC_FAULTS_HPP

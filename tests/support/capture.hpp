@@ -1,7 +1,6 @@
 // What a piece of code writes to standard output, by stdio or by write(2).
 // SPDX-License-Identifier: MIT
-#ifndef ZT_TESTS_SUPPORT_CAPTURE_HPP
-#define ZT_TESTS_SUPPORT_CAPTURE_HPP
+#pragma once
 
 #include <gtest/gtest.h>
 #include <stdio_ext.h>
@@ -25,5 +24,3 @@ std::string capture_flushed_stdout(Body body) {
         EXPECT_EQ(__fpending(stdout), 0U) << "not flushed";
     });
 }
-
-#endif  // ZT_TESTS_SUPPORT_CAPTURE_HPP

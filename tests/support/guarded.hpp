@@ -1,11 +1,12 @@
 // A buffer between inaccessible pages: a step past its end, or before its start, is a crash.
 // SPDX-License-Identifier: MIT
-#ifndef ZT_TESTS_SUPPORT_GUARDED_HPP
-#define ZT_TESTS_SUPPORT_GUARDED_HPP
+#pragma once
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <string_view>
 
 class Guarded {
   public:
@@ -14,8 +15,11 @@ class Guarded {
     ~Guarded() { munmap(map_, 3 * kRoom); }
     Guarded(const Guarded &) = delete;
 
-    // The last count bytes: an inaccessible page follows.
+    // The last count bytes, or copies of these: an inaccessible page follows.
     char *last(size_t count) const { return first() + kRoom - count; }
+    char *last(std::string_view bytes) const {
+        return std::copy(bytes.begin(), bytes.end(), last(bytes.size())) - bytes.size();
+    }
     // The bytes right behind an inaccessible page.
     char *first() const { return static_cast<char *>(map_) + kRoom; }
 
@@ -23,5 +27,3 @@ class Guarded {
     static constexpr size_t kRoom = 65536;  // a multiple of every page size in use
     void *map_ = mmap(nullptr, 3 * kRoom, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
 };
-
-#endif  // ZT_TESTS_SUPPORT_GUARDED_HPP

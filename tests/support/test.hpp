@@ -1,7 +1,6 @@
 // What every test uses: GoogleTest, the standard headers and the rest of this folder.
 // SPDX-License-Identifier: MIT
-#ifndef ZT_TESTS_SUPPORT_TEST_HPP
-#define ZT_TESTS_SUPPORT_TEST_HPP
+#pragma once
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,11 +14,12 @@
 #include <cstdarg>
 #include <cstring>
 #include <deque>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
 #include <memory>
-#include <random>
+#include <numeric>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -27,6 +27,7 @@
 
 #include "support/alloc_faults.hpp"
 #include "support/capture.hpp"
+#include "support/choices.hpp"
 #include "support/guarded.hpp"
 #include "support/threads.hpp"
 
@@ -36,5 +37,3 @@ inline constexpr bool kThreadSanitizer = true;
 #else
 inline constexpr bool kThreadSanitizer = false;
 #endif
-
-#endif  // ZT_TESTS_SUPPORT_TEST_HPP

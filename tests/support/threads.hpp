@@ -1,7 +1,6 @@
 // Runs the same code on several threads at once.
 // SPDX-License-Identifier: MIT
-#ifndef ZT_TESTS_SUPPORT_THREADS_HPP
-#define ZT_TESTS_SUPPORT_THREADS_HPP
+#pragma once
 
 #include <thread>
 #include <vector>
@@ -13,5 +12,3 @@ void on_threads(int count, Body body) {
     for (int i = 0; i < count; ++i) threads.emplace_back(body, i);
     for (std::thread &thread : threads) thread.join();
 }
-
-#endif  // ZT_TESTS_SUPPORT_THREADS_HPP
