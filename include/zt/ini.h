@@ -2,10 +2,11 @@
  *
  * SPDX-License-Identifier: MIT
  *
- * The text is copied once and cut into lines; trailing blanks and empty lines vanish. A line that starts
- * with "#", "/" or ";" is a comment, one that starts with "[" and ends with "]" opens a section, every
- * other line is an entry. Nothing else is trimmed: "key = value" has the key "key " and the value
- * " value". Of a value one opening and one closing double quote are left out. The first 1024 lines count.
+ * The text is copied once and cut into lines at line feeds and carriage returns; spaces and tabs at a
+ * line's end vanish, and so do empty lines. A line that starts with "#", "/" or ";" is a comment, one that
+ * starts with "[" and ends with "]" opens a section, every other line is an entry. Nothing else is trimmed:
+ * "key = value" has the key "key " and the value " value". Of a value one opening and one closing double
+ * quote are left out. The first 1024 lines that are left count.
  *
  * Sections are named as they stand between the brackets; null names the lines before the first section.
  * Of a section that occurs twice only the first block is searched, and in it the first entry wins. Case

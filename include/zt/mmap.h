@@ -33,7 +33,7 @@ typedef struct zt_mmap_t {
 } zt_mmap_t;
 
 /* Opens and maps the file at path. The record may hold anything before: what is in it is neither
- * unmapped nor closed.
+ * unmapped nor closed. Blocks as open does: on a FIFO until somebody opens it for writing.
  *
  * InvalidArgument (7): the file is empty, or record is null.  NotExist (16): no such file, or one
  * of a kind that cannot be mapped, such as a directory.  NotPermitted (31): no right to read it.

@@ -9,6 +9,9 @@
  * bytes  put, get and peek copy; claim and finish let a caller fill or read the storage in place;
  *        sizes count bytes
  *
+ * An item in the storage is a header word, with the type in bits 0 to 15, the length in bits 16 to 23
+ * and the value in bits 24 to 31, and its data words behind it.
+ *
  * The positions are free-running counters. Before they can leave 32 bits the producer subtracts a
  * multiple of the size from its own ("rebases"), and the consumer follows when it has come past
  * that amount; in between the two sides count in different frames, and every operation allows for

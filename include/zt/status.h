@@ -101,7 +101,8 @@ ZT_API const char *zt_get_status_string(zt_status_t status);
 /* The code name of a status, searched in the same order. "Unknown" when no row has the number. */
 ZT_API const char *zt_get_status_code(zt_status_t status);
 
-/* The status with exactly this code name (case matters), or UnknownError (6). A binary search. */
+/* The status with exactly this code name (case matters), or UnknownError (6). code must not be
+ * null. A binary search. */
 ZT_API zt_status_t zt_code_to_status(const char *code);
 
 /* The status for a Linux errno value. Values without a status of their own, values above 115 and
@@ -114,7 +115,7 @@ ZT_API ZT_CONST zt_status_t zt_get_status_by_errno(int32_t errno_value);
  * A row whose number or code name is taken, by a built-in or an earlier registered row, is a clash:
  * the first one is reported on standard output and nothing of the batch is registered. Rows of one
  * batch are not compared with one another. When memory runs out the batch is dropped whole, without
- * a message. A count of 0 changes nothing, also with a null array. */
+ * a message. A count of 0, or a null array, changes nothing. */
 ZT_API void zt_status_extend_register(const zt_status_entry_t *rows, uint32_t count);
 
 #ifdef __cplusplus
