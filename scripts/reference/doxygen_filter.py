@@ -25,6 +25,8 @@ class Writer:
     def words(self, text):
         """Running text: escaped, names linked."""
         text = " ".join(text.split())
+        # Between quotes nothing can be escaped: what would need it is shown as code.
+        text = re.sub(r'("[^"`]*[\\@<>#%&*$~][^"`]*")', r"`\1`", text)
         pieces = re.split(r"(`[^`]*`|\*?\bzt/\w+\.h\b|(?<![\w.>])\*?[A-Za-z_]\w*)", text)
         return "".join(self.word(piece) for piece in pieces)
 
