@@ -38,7 +38,7 @@ class Writer:
             return re.sub(r"\*", r"\\*", piece[: len(piece) - len(name)]) + f'@ref {name} "{name}"'
         if re.fullmatch(r"zt/\w+\.h", name):
             return f'@ref {name[3:]} "{name}"'
-        if piece.startswith("*") and name:
+        if name.startswith("__") or (piece.startswith("*") and name):
             return f"`{piece}`"
         return re.sub(r"([\\@<>#%&*$~]|(?<=-)-)", r"\\\1", piece)
 
