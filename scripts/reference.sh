@@ -9,15 +9,16 @@ mkdir -p "$out"
 ZT_VERSION=$(sed -nE "s/^  VERSION ([0-9.]+)$/\1/p" CMakeLists.txt)
 released=$(sed -nE "s/^## $ZT_VERSION \((.*)\)/\1/p" CHANGELOG.md)
 export ZT_VERSION PYTHONDONTWRITEBYTECODE=1
+python3 scripts/reference/doxygen_input.py "$out/input"
 doxygen -l "$out/layout.xml"  # what it shows, with this library's words for it
 sed -i -E -e 's/(type="pages" [^>]*title=")"/\1Guides"/' -e 's/(type="(files|filelist)" [^>]*title=")"/\1Headers"/' \
   -e 's/(type="(structs|classes|classlist)" [^>]*title=")"/\1Records"/' -e 's/(type="globals" [^>]*title=")"/\1Index"/' \
   -e '/<file>/,/<\/file>/ { /<detaileddescription/d; s|<briefdescription.*|<detaileddescription title="About"/>| }' "$out/layout.xml"
-doxygen docs/reference/Doxyfile >"$out/log" 2>&1 || {
-  sed "s,$PWD/,," "$out/log"
+(cd "$out/input" && doxygen ../../../docs/reference/Doxyfile) >"$out/log" 2>&1 || {
+  sed "s,$PWD/$out/input/,," "$out/log"
   echo "reference: Doxygen has something to say"
   exit 1
 }
 python3 scripts/reference/man.py "$ZT_VERSION" "$released" "$out/man/man3"
 python3 scripts/reference/check.py abi/libzt_base.map "$out/names.xml" "$out/html" "$out/man/man3"
-rm "$out/names.xml" "$out/layout.xml" "$out/log"
+rm -r "$out/input" "$out/names.xml" "$out/layout.xml" "$out/log"

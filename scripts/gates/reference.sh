@@ -7,9 +7,8 @@ scripts/reference.sh
 pages=$(grep -L '^\.so' build/reference/man/man3/*.3)
 # shellcheck disable=SC2086
 lint=$(mandoc -Tlint -Wwarning $pages || true)
-for page in $pages; do
-  lint+=$(groff -man -Tutf8 -ww -z "$page" 2>&1)
-done
+# shellcheck disable=SC2086
+lint+=$(groff -man -Tutf8 -ww -z $pages 2>&1)
 [ -z "$lint" ] || { echo "$lint"; echo "reference: man pages with warnings"; exit 1; }
 python3 scripts/reference/examples.py
 python3 scripts/reference/links.py

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Doxygen's input filter: shows it a public header, or a page, in the form that it understands.
+"""Writes the public headers and the pages in the form that Doxygen understands: doxygen_input.py DIRECTORY
 
 Comments of headers become documentation comments with sections and lists, names become links, and what is
 not for users (the inside of the log macros) is left out. In pages, links to files that are not part of the
 reference become plain text. The files themselves stay as they are.
 """
 
+import glob
 import os
 import re
 import sys
@@ -91,32 +92,31 @@ class Writer:
         return "\n".join(out)
 
 
-def page(path):
+def page(name):
     """A page: links that lead out of the reference become text."""
-    with open(path, encoding="utf-8") as file:
+    with open(os.path.join(ROOT, name), encoding="utf-8") as file:
         text = file.read()
-    here = os.path.dirname(os.path.abspath(path))
 
     def link(match):
         words, target = match[1], match[2]
-        if re.match(r"https?:", target):
+        if re.match(r"https?:", target) or target.partition("#")[0].endswith(".md"):
             return match[0]
-        file = os.path.relpath(os.path.join(here, target.partition("#")[0]), ROOT)
-        if file.endswith(".md"):
-            return f"[{words}]({os.path.relpath(os.path.join(ROOT, file), here)})"
-        return f"`{file}`"
+        return f"`{os.path.normpath(os.path.join(os.path.dirname(name), target))}`"
 
     return re.sub(r"(?<!!)\[([^]]*)\]\(([^)]*)\)", link, text)
 
 
 def main():
-    path = sys.argv[1]
-    if path.endswith(".md"):
-        sys.stdout.write(page(path))
-        return
+    directory = sys.argv[1]
     everything = headers.read_all(os.path.join(ROOT, "include"))
-    name = "zt/" + os.path.basename(path)
-    sys.stdout.write(Writer(headers.names_of(everything)).header(everything[name]))
+    writer = Writer(headers.names_of(everything))
+    texts = {header.name: writer.header(header) for header in everything.values()}
+    pages = glob.glob("*.md", root_dir=ROOT) + glob.glob("docs/*.md", root_dir=ROOT)
+    texts |= {name: page(name) for name in pages}
+    for name, text in texts.items():
+        os.makedirs(os.path.dirname(os.path.join(directory, name)), exist_ok=True)
+        with open(os.path.join(directory, name), "w", encoding="utf-8") as file:
+            file.write(text)
 
 
 if __name__ == "__main__":
