@@ -12,7 +12,8 @@ test=(libgtest-dev)
 bench=(pkg-config binutils libbenchmark-dev zlib1g-dev libdeflate-dev libisal-dev libssl-dev libglib2.0-dev
        libapr1-dev libboost-dev libinih-dev rapidjson-dev)
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git g++-aarch64-linux-gnu
-       libc6-dev-arm64-cross abigail-tools gdb dpkg-dev debhelper lintian mmdebstrap)
+       libc6-dev-arm64-cross abigail-tools gdb dpkg-dev debhelper lintian mmdebstrap
+       doxygen mandoc groff-base)
 extras=(ffmpeg)
 
 case "${1:-all}" in

@@ -30,9 +30,9 @@ ZT_API zt_status_t zt_base64_encode(char *destination, uint64_t size, uint64_t *
                                     const void *source, uint64_t length);
 
 /* Writes the bytes that the text stands for. *out_length becomes their number. Lines may end with a line
- * feed, also behind a carriage return, with blanks before it; blanks may end the text. A last group of
+ * feed, also behind a carriage return, with spaces before it; spaces may end the text. A last group of
  * fewer than four characters gives no bytes, but counts in the size asked for.
- * InvalidArgument (7): another character, a blank elsewhere, more than two "=", or data behind one;
+ * InvalidArgument (7): another character, a space elsewhere, more than two "=", or data behind one;
  * *out_length is untouched.
  * OutOfmemory (8): destination is null or too small; *out_length becomes the size it needs. */
 ZT_API zt_status_t zt_base64_decode(void *destination, uint64_t size, uint64_t *out_length,

@@ -30,9 +30,10 @@
 extern "C" {
 #endif
 
+/* The event; written by init and deinit only. */
 typedef struct zt_event_t {
-    int32_t
-        fd; /* open: the descriptor, never 0; 0: not open, as in a zeroed record; -1: init failed */
+    /* The descriptor, never 0, while open. 0: not open, as in a zeroed record. -1: init failed. */
+    int32_t fd;
 } zt_event_t;
 
 /* Opens the event, not set, whatever the record held before. On failure fd is -1 and the status is

@@ -33,18 +33,18 @@ extern "C" {
 
 /* The kinds of frames, by id. */
 enum {
-    ZT_HDMI_INFO_FRAME_AVI = 0,   /* AVI InfoFrame */
-    ZT_HDMI_INFO_FRAME_AUDIO = 1, /* Audio InfoFrame */
-    ZT_HDMI_INFO_FRAME_SPD = 2,   /* Source Product Description InfoFrame */
-    ZT_HDMI_INFO_FRAME_MS = 3,    /* MPEG Source InfoFrame */
-    ZT_HDMI_INFO_FRAME_VS = 4,    /* Vendor-Specific InfoFrame */
-    ZT_HDMI_INFO_FRAME_ACP = 5,   /* Audio Content Protection packet */
-    ZT_HDMI_INFO_FRAME_ISRC1 = 6, /* International Standard Recording Code packet 1 */
-    ZT_HDMI_INFO_FRAME_ISRC2 = 7, /* International Standard Recording Code packet 2 */
-    ZT_HDMI_INFO_FRAME_GAMUT = 8, /* Gamut Metadata packet */
-    ZT_HDMI_INFO_FRAME_VBI = 9,   /* NTSC VBI InfoFrame */
-    ZT_HDMI_INFO_FRAME_HDR = 10,  /* Dynamic Range and Mastering InfoFrame */
-    ZT_HDMI_INFO_FRAME_COUNT = 11,
+    ZT_HDMI_INFO_FRAME_AVI = 0,    /* AVI InfoFrame */
+    ZT_HDMI_INFO_FRAME_AUDIO = 1,  /* Audio InfoFrame */
+    ZT_HDMI_INFO_FRAME_SPD = 2,    /* Source Product Description InfoFrame */
+    ZT_HDMI_INFO_FRAME_MS = 3,     /* MPEG Source InfoFrame */
+    ZT_HDMI_INFO_FRAME_VS = 4,     /* Vendor-Specific InfoFrame */
+    ZT_HDMI_INFO_FRAME_ACP = 5,    /* Audio Content Protection packet */
+    ZT_HDMI_INFO_FRAME_ISRC1 = 6,  /* International Standard Recording Code packet 1 */
+    ZT_HDMI_INFO_FRAME_ISRC2 = 7,  /* International Standard Recording Code packet 2 */
+    ZT_HDMI_INFO_FRAME_GAMUT = 8,  /* Gamut Metadata packet */
+    ZT_HDMI_INFO_FRAME_VBI = 9,    /* NTSC VBI InfoFrame */
+    ZT_HDMI_INFO_FRAME_HDR = 10,   /* Dynamic Range and Mastering InfoFrame */
+    ZT_HDMI_INFO_FRAME_COUNT = 11, /* ids are below it */
 };
 
 /* The size of the longest frame in bytes. */

@@ -35,6 +35,7 @@ typedef struct zt_heap_node_t {
     struct zt_heap_node_t *parent; /* null in the top node */
 } zt_heap_node_t;
 
+/* The heap: zeroed by the caller before its first use, then written by the library only. */
 typedef struct zt_heap_t {
     zt_heap_node_t *root; /* the top node; null: the heap is empty */
     uint32_t count;       /* number of nodes */

@@ -22,17 +22,17 @@ extern "C" {
 
 /* What a line starts with. Any other number means the same as none. */
 enum {
-    ZT_HEX_PREFIX_NONE = 0,
+    ZT_HEX_PREFIX_NONE = 0,    /* nothing */
     ZT_HEX_PREFIX_ADDRESS = 1, /* the memory address of its first byte */
     ZT_HEX_PREFIX_OFFSET = 2,  /* the offset of its first byte from the buffer's start */
 };
 
 /* What is shown as one number. Any other number means single bytes. */
 enum {
-    ZT_HEX_GROUP_8BIT = 0,
-    ZT_HEX_GROUP_16BIT = 1,
-    ZT_HEX_GROUP_32BIT = 2,
-    ZT_HEX_GROUP_64BIT = 3,
+    ZT_HEX_GROUP_8BIT = 0,  /* 1 byte, 2 digits */
+    ZT_HEX_GROUP_16BIT = 1, /* 2 bytes, 4 digits */
+    ZT_HEX_GROUP_32BIT = 2, /* 4 bytes, 8 digits */
+    ZT_HEX_GROUP_64BIT = 3, /* 8 bytes, 16 digits */
 };
 
 /* Prints length bytes: per line the prefix, the bytes in groups, and the bytes as characters, with

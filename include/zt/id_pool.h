@@ -27,6 +27,7 @@
 extern "C" {
 #endif
 
+/* The pool; written by the operations below only. */
 typedef struct zt_id_pool_t {
     zt_mutex_t lock;           /* guards everything else */
     int32_t next_id;           /* the next automatic id; not positive: 1 comes next */
@@ -37,9 +38,9 @@ typedef struct zt_id_pool_t {
 } zt_id_pool_t;
 
 /* Makes an empty pool, whatever the record held. A bucket count near the number of ids in use at
- * the same time keeps look-ups at one step. InvalidArgument (7): bucket_count is 0.  OutOfmemory
- * (8): no room for the buckets, or more than 32 bits of bytes.  Otherwise what zt_mutex_init
- * reports. A failed create leaves a destroyed record. */
+ * the same time keeps look-ups at one step. A failed create leaves a destroyed record.
+ * InvalidArgument (7): bucket_count is 0.  OutOfmemory (8): no room for the buckets, or more than 32
+ * bits of bytes.  Otherwise what zt_mutex_init reports. */
 ZT_API ZT_MUST_CHECK zt_status_t zt_id_pool_create(zt_id_pool_t *pool, uint32_t bucket_count);
 
 /* Releases all entries; the record can be created again. A zeroed or destroyed record is left

@@ -2,10 +2,11 @@
  *
  * SPDX-License-Identifier: MIT
  *
- * The text is copied once and cut into lines; trailing blanks and empty lines vanish. A line that starts
- * with "#", "/" or ";" is a comment, one that starts with "[" and ends with "]" opens a section, every
- * other line is an entry. Nothing else is trimmed: "key = value" has the key "key " and the value
- * " value". Of a value one opening and one closing double quote are left out. The first 1024 lines count.
+ * The text is copied once and cut into lines at line feeds and carriage returns; spaces and tabs at a
+ * line's end vanish, and so do empty lines. A line that starts with "#", "/" or ";" is a comment, one that
+ * starts with "[" and ends with "]" opens a section, every other line is an entry. Nothing else is trimmed:
+ * "key = value" has the key "key " and the value " value". Of a value one opening and one closing double
+ * quote are left out. The first 1024 lines that are left count.
  *
  * Sections are named as they stand between the brackets; null names the lines before the first section.
  * Of a section that occurs twice only the first block is searched, and in it the first entry wins. Case
@@ -29,11 +30,12 @@
 extern "C" {
 #endif
 
+/* A text that has been read; its inside is private. */
 typedef struct zt_ini_reader_t zt_ini_reader_t;
 
 /* Makes a reader of length bytes of text, which need not end with a NUL; a NUL inside ends it early.
- * InvalidArgument (7): a null pointer, or no line at all.  OutOfmemory (8): no memory; *reader may have
- * become null. */
+ * InvalidArgument (7): a null pointer, or no line at all.  OutOfmemory (8): no memory, or a length of
+ * 4294967295; *reader may have become null. */
 ZT_API ZT_MUST_CHECK zt_status_t zt_ini_reader_create(zt_ini_reader_t **reader, const char *text,
                                                       uint32_t length);
 
@@ -48,7 +50,8 @@ ZT_API ZT_MUST_CHECK zt_status_t zt_ini_reader_create_from_file(zt_ini_reader_t 
 /* Releases a reader; null is ignored. */
 ZT_API void zt_ini_read_destroy(zt_ini_reader_t *reader);
 
-/* Copies a value into value, a buffer of size bytes, and fills the rest of it with NULs.
+/* Copies a value into value, a buffer of size bytes, and fills the rest of it with NULs. value may be
+ * null to ask whether the value is there and would fit.
  * NoSpace (29): the value and its NUL do not fit, always so for a size of 0 or less. */
 ZT_API zt_status_t zt_ini_reader_get_string(const zt_ini_reader_t *reader, const char *section,
                                             const char *key, char *value, int32_t size);
@@ -60,7 +63,8 @@ ZT_API zt_status_t zt_ini_reader_get_string_default(const zt_ini_reader_t *reade
                                                     const char *default_value, char *value,
                                                     int32_t size);
 
-/* True for the value "true" and false for every other of at most 7 characters.
+/* *result, which must not be null, becomes true for the value "true" and false for every other of at most
+ * 7 characters.
  * NoSpace (29): a longer value. */
 ZT_API zt_status_t zt_ini_reader_get_boolean(const zt_ini_reader_t *reader, const char *section,
                                              const char *key, bool *result);

@@ -38,8 +38,8 @@ typedef struct zt_json_fmt_t {
 
 /* A writer to a file: pass the address of its fmt to the functions below. */
 typedef struct zt_json_fmt_file_t {
-    FILE *fp; /* null once closed: what is added then goes nowhere */
-    zt_json_fmt_t fmt;
+    FILE *fp;          /* null once closed: what is added then goes nowhere */
+    zt_json_fmt_t fmt; /* writes to fp; set by zt_json_fmt_open_file */
 } zt_json_fmt_file_t;
 
 /* Creates or truncates the file and starts a document. IOError (13): the file cannot be opened, whatever

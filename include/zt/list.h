@@ -23,13 +23,16 @@
 extern "C" {
 #endif
 
+/* A link in a record, or the head of a list. */
 typedef struct zt_list_head_t {
     struct zt_list_head_t *next; /* first element of a head, successor of an element */
     struct zt_list_head_t *prev; /* last element of a head, predecessor of an element */
 } zt_list_head_t;
 
 /* Initialiser of an empty head, or of an element on no list:
- * zt_list_head_t h = ZT_LIST_HEAD_INIT(h). */
+ *
+ *     zt_list_head_t head = ZT_LIST_HEAD_INIT(head);
+ */
 /* clang-format off */
 #define ZT_LIST_HEAD_INIT(name) { &(name), &(name) }
 /* clang-format on */

@@ -44,11 +44,11 @@ extern "C" {
 /* Levels are plain numbers, larger is more verbose. These are the ones the macros below use; a
  * level of -1 silences a category altogether, errors included. */
 enum {
-    ZT_LOG_LEVEL_ERROR = 0,
-    ZT_LOG_LEVEL_WARN = 1,
-    ZT_LOG_LEVEL_INFO = 2,
-    ZT_LOG_LEVEL_DEBUG = 3,
-    ZT_LOG_LEVEL_TRACE = 4, /* the global level at load: it filters none of these */
+    ZT_LOG_LEVEL_ERROR = 0, /* something failed */
+    ZT_LOG_LEVEL_WARN = 1,  /* it went on, but not as it should */
+    ZT_LOG_LEVEL_INFO = 2,  /* what the service does, now and then */
+    ZT_LOG_LEVEL_DEBUG = 3, /* why it does it */
+    ZT_LOG_LEVEL_TRACE = 4, /* every step; the global level at load, which filters none */
 };
 
 /* Size of the buffer for zt_log_prepare_time_and_tid. */
@@ -78,7 +78,7 @@ ZT_API void zt_log_set_level(uint32_t threshold);
 /* Keeps the registry in categories, an array of max_items pointers that must last as long as the
  * process, in place of the library's own of 512, and sets the global level. Registered categories
  * move along. An array too small for them is reported and changes nothing. The array must not
- * overlap the present one, unless it starts at the same place. */
+ * overlap the present one, unless it starts at the same place. A null array has no room at all. */
 ZT_API void zt_logc_init(zt_logging_category_t **categories, int32_t max_items,
                          int32_t global_level);
 
@@ -87,13 +87,16 @@ ZT_API void zt_logc_init(zt_logging_category_t **categories, int32_t max_items,
  * too; either way the registry stays as it was. A null pointer or name is ignored. */
 ZT_API void zt_logging_category_reg(zt_logging_category_t *category);
 
-/* Sets the level of the category with this name, if there is one. O(log registered). */
+/* Sets the level of the category with this name, if there is one; a null name is ignored.
+ * O(log registered). */
 ZT_API void zt_logc_set_level(const char *name, int32_t level);
 
-/* The level of the category with this name, or -1 if there is none. O(log registered). */
+/* The level of the category with this name, or -1 if there is none or the name is null.
+ * O(log registered). */
 ZT_API int32_t zt_logc_get_level(const char *name);
 
-/* Sets the level of every category whose name begins with prefix; an empty prefix means all. */
+/* Sets the level of every category whose name begins with prefix; an empty prefix means all,
+ * null none. O(registered). */
 ZT_API void zt_logc_set_level_by_prefix(const char *prefix, int32_t level);
 
 /* Sets and reads the level that no category's messages exceed. */
@@ -124,8 +127,13 @@ ZT_API void zt_log_prepare_time_and_tid(char *buffer);
 
 /* ---- Objects that the macros below read; set them through the functions above ---- */
 
+/* The level that no category's messages exceed. */
 ZT_API extern int32_t zt__g_logc_global_level;
+
+/* Where lines go; null means standard output. */
 ZT_API extern zt_logc_print_cb_t zt__g_logc_print_cb;
+
+/* Whether lines name their category. */
 ZT_API extern bool zt__g_logc_enable_category;
 
 /* ---- Logging through a category ---- */

@@ -44,13 +44,14 @@ typedef struct zt_mem_heap_record_t {
     uint32_t align;        /* power of two: alignment of addresses, granule of sizes */
 } zt_mem_heap_record_t;
 
+/* A heap's handle; null while there is none. */
 typedef zt_mem_heap_record_t *zt_mem_heap_t;
 
 /* Makes a heap of size bytes from base on and stores its handle in *heap. The region may end at the
  * very top of the address space.
  * InvalidArgument (7): heap is null, align is not a power of two (0 is none), or base is not a
- * multiple of it; *heap is untouched.  OutOfmemory (8): no memory.  Otherwise what zt_mutex_init
- * reports. */
+ * multiple of it; *heap is untouched.  OutOfmemory (8): no memory; *heap may have become null.
+ * Otherwise what zt_mutex_init reports, with *heap null. */
 ZT_API ZT_MUST_CHECK zt_status_t zt_mem_heap_create(zt_mem_heap_t *heap, uint64_t base,
                                                     uint32_t size, uint32_t align);
 
@@ -64,7 +65,7 @@ ZT_API void zt_mem_heap_destroy(zt_mem_heap_t *heap);
 ZT_API ZT_MUST_CHECK zt_mem_heap_block_t *zt_mem_heap_alloc(zt_mem_heap_t *heap, uint32_t size);
 
 /* Takes a block back and merges it with its free neighbours; the descriptor is gone. Null and
- * blocks that are free are ignored. */
+ * blocks that are free are ignored. The block must be this heap's: that is not checked. O(1). */
 ZT_API void zt_mem_heap_free(zt_mem_heap_t *heap, zt_mem_heap_block_t *block);
 
 /* Bytes in the region, handed out, and free. 0 for a null handle. */

@@ -25,6 +25,7 @@
 extern "C" {
 #endif
 
+/* A mapped file, or none; written by the operations below only. */
 typedef struct zt_mmap_t {
     int32_t fd;    /* the open file, always above 0; -1: none */
     void *addr;    /* first byte of the mapping; null: none */
@@ -32,7 +33,7 @@ typedef struct zt_mmap_t {
 } zt_mmap_t;
 
 /* Opens and maps the file at path. The record may hold anything before: what is in it is neither
- * unmapped nor closed.
+ * unmapped nor closed. Blocks as open does: on a FIFO until somebody opens it for writing.
  *
  * InvalidArgument (7): the file is empty, or record is null.  NotExist (16): no such file, or one
  * of a kind that cannot be mapped, such as a directory.  NotPermitted (31): no right to read it.

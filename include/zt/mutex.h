@@ -24,6 +24,7 @@
 extern "C" {
 #endif
 
+/* The mutex; written by the operations below only. */
 typedef struct zt_mutex_t {
     bool initialized;      /* true from a successful initialisation until destruction */
     pthread_mutex_t mutex; /* unused in a dummy */
@@ -42,13 +43,18 @@ ZT_API zt_status_t zt_mutex_init(zt_mutex_t *mutex);
  * DeviceBusy (11): it is held; initialized is cleared all the same. */
 ZT_API zt_status_t zt_mutex_destroy(zt_mutex_t *mutex);
 
-/* Waits until the mutex is the caller's. The record must be initialised: this is not checked. */
+/* Waits until the mutex is the caller's. The record must be initialised: this is not checked. A mutex
+ * that is not recursive and that the caller holds already is waited for without end.
+ * TryAgain (4): locked as often as a recursive mutex can be. */
 ZT_API zt_status_t zt_mutex_lock(zt_mutex_t *mutex);
 
-/* Takes the mutex if that is possible at once. DeviceBusy (11): another thread holds it. */
+/* Takes the mutex if that is possible at once.
+ * DeviceBusy (11): another thread holds it, or, if it is not recursive, the caller.  TryAgain (4): as
+ * above. */
 ZT_API ZT_MUST_CHECK zt_status_t zt_mutex_trylock(zt_mutex_t *mutex);
 
-/* Gives the mutex back. */
+/* Gives the mutex back. One that is not recursive must be held by the caller: this is not checked.
+ * NotPermitted (31): a recursive mutex that the caller does not hold. */
 ZT_API zt_status_t zt_mutex_unlock(zt_mutex_t *mutex);
 
 #ifdef __cplusplus

@@ -41,13 +41,12 @@ typedef void (*zt_ntf_mgr_hook_t)(zt_ntf_mgr_t *manager);
 
 /* The hooks, taken in this order and released in reverse. */
 typedef struct zt_ntf_mgr_ops_t {
-    zt_ntf_mgr_hook_t read_lock; /* publishing and reading */
-    zt_ntf_mgr_hook_t read_unlock;
-    zt_ntf_mgr_hook_t
-        write_lock; /* subscribing and unsubscribing; never together with flags_lock */
-    zt_ntf_mgr_hook_t write_unlock;
-    zt_ntf_mgr_hook_t flags_lock; /* within read_lock, around masks and flag words */
-    zt_ntf_mgr_hook_t flags_unlock;
+    zt_ntf_mgr_hook_t read_lock;    /* publishing and reading */
+    zt_ntf_mgr_hook_t read_unlock;  /* ends read_lock */
+    zt_ntf_mgr_hook_t write_lock;   /* subscribing, unsubscribing; never with flags_lock */
+    zt_ntf_mgr_hook_t write_unlock; /* ends write_lock */
+    zt_ntf_mgr_hook_t flags_lock;   /* within read_lock, around masks and flag words */
+    zt_ntf_mgr_hook_t flags_unlock; /* ends flags_lock */
 } zt_ntf_mgr_ops_t;
 
 /* Called when a publish has changed a subscriber's effective flags. True: consumed, the notification's

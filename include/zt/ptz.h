@@ -52,9 +52,9 @@ enum {
 /* Modes: which of a group's three ranges a value is checked against. Others pass unchecked. */
 enum {
     ZT_PTZ_MODE_NONE = 0, /* no request: the value is not looked at */
-    ZT_PTZ_MODE_1 = 1,
-    ZT_PTZ_MODE_2 = 2,
-    ZT_PTZ_MODE_3 = 3
+    ZT_PTZ_MODE_1 = 1,    /* the first range */
+    ZT_PTZ_MODE_2 = 2,    /* the second range */
+    ZT_PTZ_MODE_3 = 3     /* the third range */
 };
 
 /* Selectors with checks; under others nothing is checked. */
@@ -81,20 +81,20 @@ enum {
 
 /* A motion and the values it takes, both ends included. Not-a-number is within no range. */
 typedef struct zt_ptz_range_t {
-    uint8_t supported; /* 0: every request is refused */
-    uint8_t padding[3];
-    float min;
-    float max;
+    uint8_t supported;  /* 0: every request is refused */
+    uint8_t padding[3]; /* not looked at */
+    float min; /* smallest value; the unit is the driver's choice, as for all values here */
+    float max; /* largest value */
 } zt_ptz_range_t;
 
 /* The same for two values at a time. */
 typedef struct zt_ptz_pair_range_t {
-    uint8_t supported;
-    uint8_t padding[3];
-    float min1;
-    float max1;
-    float min2;
-    float max2;
+    uint8_t supported;  /* 0: every request is refused */
+    uint8_t padding[3]; /* not looked at */
+    float min1;         /* smallest first value */
+    float max1;         /* largest first value */
+    float min2;         /* smallest second value */
+    float max2;         /* largest second value */
 } zt_ptz_pair_range_t;
 
 /* What the camera can do, 336 bytes; written by the driver. Of three ranges the first is for mode 1. */
@@ -102,12 +102,12 @@ typedef struct zt_ptz_capability_t {
     zt_ptz_range_t first_axis[3];     /* 0x000: ZT_PTZ_COMMAND_AXES */
     zt_ptz_range_t second_axis[3];    /* 0x024: ZT_PTZ_COMMAND_AXES */
     zt_ptz_range_t value[3];          /* 0x048: ZT_PTZ_COMMAND_VALUE */
-    uint32_t reserved1;               /* 0x06c */
+    uint32_t reserved1;               /* 0x06c: not looked at */
     zt_ptz_range_t selected[3];       /* 0x070: ZT_PTZ_COMMAND_SELECTED */
-    uint32_t reserved2;               /* 0x094 */
+    uint32_t reserved2;               /* 0x094: not looked at */
     zt_ptz_range_t group_one[3];      /* 0x098: ZT_PTZ_COMMAND_GROUP, ZT_PTZ_GROUP_ONE */
     zt_ptz_range_t group_three[3][3]; /* 0x0bc, 0x0e0, 0x104: ZT_PTZ_GROUP_THREE, by block */
-    uint32_t reserved3;               /* 0x128 */
+    uint32_t reserved3;               /* 0x128: not looked at */
     zt_ptz_pair_range_t pair;         /* 0x12c: ZT_PTZ_COMMAND_PAIR */
     zt_ptz_range_t index_value;       /* 0x140: ZT_PTZ_INDEX_VALUE; supported is not looked at */
     uint32_t index_limit;             /* 0x14c: indices of ZT_PTZ_COMMAND_INDEX are below it */
@@ -115,40 +115,40 @@ typedef struct zt_ptz_capability_t {
 
 /* A mode and its value, part of several blocks. */
 typedef struct zt_ptz_move_t {
-    uint32_t mode;
+    uint32_t mode;  /* ZT_PTZ_MODE_... */
     uint32_t other; /* not looked at */
-    float value;
+    float value;    /* of the motion, in the driver's unit */
 } zt_ptz_move_t;
 
 /* The block of a command, 144 bytes. What the channel does not look at passes on to the driver. */
 typedef union zt_ptz_params_t {
     struct {
-        zt_ptz_move_t first;
-        zt_ptz_move_t second;
-    } axes;              /* ZT_PTZ_COMMAND_AXES */
-    zt_ptz_move_t value; /* ZT_PTZ_COMMAND_VALUE */
+        zt_ptz_move_t first;  /* within first_axis */
+        zt_ptz_move_t second; /* within second_axis */
+    } axes;                   /* ZT_PTZ_COMMAND_AXES */
+    zt_ptz_move_t value;      /* ZT_PTZ_COMMAND_VALUE */
     struct {
-        uint32_t selector;
-        uint32_t mode;
-        float value;
-    } selected; /* ZT_PTZ_COMMAND_SELECTED */
+        uint32_t selector; /* ZT_PTZ_SELECTED_VALUE: the value is checked */
+        uint32_t mode;     /* ZT_PTZ_MODE_... */
+        float value;       /* within selected */
+    } selected;            /* ZT_PTZ_COMMAND_SELECTED */
     struct {
-        uint32_t selector;
-        zt_ptz_move_t one;
-        zt_ptz_move_t three[3];
-    } group; /* ZT_PTZ_COMMAND_GROUP */
+        uint32_t selector;      /* ZT_PTZ_GROUP_... */
+        zt_ptz_move_t one;      /* within group_one */
+        zt_ptz_move_t three[3]; /* each within its ranges of group_three */
+    } group;                    /* ZT_PTZ_COMMAND_GROUP */
     struct {
-        uint32_t selector;
-        float value1;
-        float value2;
-    } pair; /* ZT_PTZ_COMMAND_PAIR */
+        uint32_t selector; /* ZT_PTZ_PAIR_VALUES: both values are checked */
+        float value1;      /* from min1 to max1 */
+        float value2;      /* from min2 to max2 */
+    } pair;                /* ZT_PTZ_COMMAND_PAIR */
     struct {
-        uint32_t operation;
-        char name[128]; /* NUL-terminated */
-        float value;
-        uint32_t index;
-    } index;            /* ZT_PTZ_COMMAND_INDEX */
-    uint8_t bytes[144]; /* any other code */
+        uint32_t operation; /* ZT_PTZ_INDEX_..., or any other, which passes on */
+        char name[128];     /* NUL-terminated */
+        float value;        /* with ZT_PTZ_INDEX_VALUE: within index_value */
+        uint32_t index;     /* of the place, below index_limit whatever the operation */
+    } index;                /* ZT_PTZ_COMMAND_INDEX */
+    uint8_t bytes[144];     /* any other code */
 } zt_ptz_params_t;
 
 /* How a command ended, 40 bytes; written by the driver. */
@@ -162,23 +162,23 @@ typedef struct zt_ptz_result_t {
 
 /* What a client's callback gets, 144 bytes; every byte without a meaning is 0. */
 typedef struct zt_ptz_msg_t {
-    uint32_t type; /* ZT_PTZ_MSG_... */
-    uint32_t reserved;
+    uint32_t type;     /* ZT_PTZ_MSG_... */
+    uint32_t reserved; /* 0 */
     union {
         zt_ptz_result_t result; /* ZT_PTZ_MSG_RESULT: as the driver gave it */
         struct {
-            uint32_t reserved;
-            char name[128]; /* with ZT_PTZ_INDEX_NAME, NUL-terminated; else empty */
-            uint32_t index;
-        } index; /* ZT_PTZ_MSG_INDEX */
-    } u;
+            uint32_t reserved; /* 0 */
+            char name[128];    /* with ZT_PTZ_INDEX_NAME, NUL-terminated; else empty */
+            uint32_t index;    /* as in the command */
+        } index;               /* ZT_PTZ_MSG_INDEX */
+    } u;                       /* by type; ZT_PTZ_MSG_CAPABILITY uses none */
 } zt_ptz_msg_t;
 
 /* The handle. The driver sets init_capability, command_ready and release before it creates the channel;
  * the results of the last two are ignored. */
 typedef struct zt_ptz_t {
     struct zt_ptz_channel_t *priv; /* the channel; null while there is none */
-    void *reserved;
+    void *reserved;                /* not looked at; null after zt_ptz_init */
     /* Completes the default capability; a status other than 0 aborts the creation. */
     zt_status_t (*init_capability)(struct zt_ptz_t *ptz, zt_ptz_capability_t *capability);
     /* A command has been queued. Runs on the sender's thread with the lock held: wake the driver's
@@ -193,7 +193,8 @@ typedef struct zt_ptz_t {
     void (*clear_commands)(struct zt_ptz_t *ptz);
 } zt_ptz_t;
 
-/* A client's callback. */
+/* A client's callback: a message for it, which is valid during the call, and the user pointer of its
+ * registration. What it may do is said at the top, under Threads. */
 typedef void (*zt_ptz_client_cb_t)(zt_ptz_t *ptz, const zt_ptz_msg_t *msg, void *user);
 
 /* Zeroes the handle and sets peek_command and clear_commands: the first call on every handle. */
@@ -225,10 +226,11 @@ ZT_API ZT_MUST_CHECK zt_status_t zt_ptz_send_command(zt_ptz_t *ptz, uint32_t cli
                                                      uint32_t code, const zt_ptz_params_t *params,
                                                      uint32_t *seq);
 
-/* The current capability. WrongState (38): no channel; the record is all zero then. */
+/* The current capability.
+ * InvalidArgument (7): capability is null.  WrongState (38): no channel; the record is all zero then. */
 ZT_API zt_status_t zt_ptz_get_capability(zt_ptz_t *ptz, zt_ptz_capability_t *capability);
 
-/* The number of registered clients, 0 to 16, or 38 without a channel. */
+/* The number of registered clients, 0 to 16, or 38, WrongState, without a channel. */
 ZT_API int32_t zt_ptz_get_register_num(zt_ptz_t *ptz);
 
 /* Drops every queued command; nobody is told. WrongState (38): no channel. */

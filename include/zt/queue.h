@@ -47,7 +47,7 @@ typedef struct zt_queue_node_t {
     void *data;            /* the item; meaningless on the free list */
 } zt_queue_node_t;
 
-/* Callers may read everything under the lock and write nothing. */
+/* The queue. Callers may read everything under the lock and write nothing. */
 typedef struct zt_queue_t {
     uint8_t initialized;       /* 1 from a successful create until destroy */
     uint8_t canceled;          /* 1 from a cancelling decommit to the next commit: nobody waits */
@@ -88,19 +88,18 @@ ZT_API ZT_MUST_CHECK zt_status_t zt_queue_commit(zt_queue_t *queue, uint32_t cap
  * created. */
 ZT_API void zt_queue_decommit(zt_queue_t *queue, bool cancel);
 
-/* The puts queue an item, NULL allowed, waiting for a free node up to timeout_ms. Constant time.
+/* Puts an item, NULL allowed, at the head: it is the next that zt_queue_get_head returns. Waits for a
+ * free node up to timeout_ms. Constant time.
  * Timeout (2): no free node within timeout_ms (a timeout_ms of 0 gives this also on a cancelled
  * queue).  Canceled (42): the queue was cancelled, before or during the wait. */
-
-/* Puts at the head: the item is the next that get_head returns. */
 ZT_API zt_status_t zt_queue_add_head(zt_queue_t *queue, void *item, int32_t timeout_ms);
 
-/* Puts at the tail. */
+/* Puts at the tail; otherwise, and in its statuses, like zt_queue_add_head. */
 ZT_API zt_status_t zt_queue_add_tail(zt_queue_t *queue, void *item, int32_t timeout_ms);
 
 /* Puts right before, or right behind, pos: a node on this queue's item list, or the list head
- * itself, (zt_queue_node_t *)&queue->items. pos is not verified, and must still be on the list when
- * the wait is over. */
+ * itself, `(zt_queue_node_t *)&queue->items`. pos is not verified, and must still be on the list
+ * when the wait is over. Otherwise, and in their statuses, like zt_queue_add_head. */
 ZT_API zt_status_t zt_queue_insert_before(zt_queue_t *queue, void *item, zt_queue_node_t *pos,
                                           int32_t timeout_ms);
 ZT_API zt_status_t zt_queue_insert_after(zt_queue_t *queue, void *item, zt_queue_node_t *pos,
@@ -125,8 +124,8 @@ ZT_API void *zt_queue_get_tail(zt_queue_t *queue, int32_t timeout_ms);
  * waits. Constant time. */
 ZT_API void *zt_queue_get_at(zt_queue_t *queue, zt_queue_node_t *pos);
 
-/* What the queue held at the moment of the call. Full: no node is free, as also without any nodes.
- */
+/* What the queue held at the moment of the call: whether it had no item or no free node (a queue
+ * without nodes has neither), and how many of each. */
 ZT_API bool zt_queue_is_empty(zt_queue_t *queue);
 ZT_API bool zt_queue_is_full(zt_queue_t *queue);
 ZT_API uint32_t zt_queue_get_num_avail(zt_queue_t *queue);

@@ -41,9 +41,12 @@ typedef struct zt_rbtree_node_t {
  * they are equal. All 32 bits count. Compare keys; a difference of keys can overflow. */
 typedef int32_t (*zt_rbtree_compare_t)(zt_rbtree_node_t *inserted, zt_rbtree_node_t *in_tree);
 
+/* The tree: both fields are set by the caller before the first insert. */
 typedef struct zt_rbtree_t {
-    zt_rbtree_node_t *root;      /* null: the tree is empty; callers initialise it to null */
-    zt_rbtree_compare_t compare; /* set by the caller before the first insert */
+    zt_rbtree_node_t
+        *root; /* null: the tree is empty, as it must be at first; then the library's */
+    zt_rbtree_compare_t
+        compare; /* the order of the records; not changed while nodes are in the tree */
 } zt_rbtree_t;
 
 /* Links the node into its place. Returns null when it was linked, or the node in the tree that

@@ -3,10 +3,14 @@
  * SPDX-License-Identifier: MIT
  *
  * A record is used in one of two modes, never both:
- *   items  zt_ring_buf_item_put and zt_ring_buf_item_get move records of up to 255 words, each
- * under a 16-bit type and an 8-bit value of the caller's; sizes count 32-bit words; bytes  put, get
- * and peek copy; claim and finish let a caller fill or read the storage in place; sizes count
- * bytes.
+ *
+ * items  zt_ring_buf_item_put and zt_ring_buf_item_get move records of up to 255 words, each under a
+ *        16-bit type and an 8-bit value of the caller's; sizes count 32-bit words
+ * bytes  put, get and peek copy; claim and finish let a caller fill or read the storage in place;
+ *        sizes count bytes
+ *
+ * An item in the storage is a header word, with the type in bits 0 to 15, the length in bits 16 to 23
+ * and the value in bits 24 to 31, and its data words behind it.
  *
  * The positions are free-running counters. Before they can leave 32 bits the producer subtracts a
  * multiple of the size from its own ("rebases"), and the consumer follows when it has come past
@@ -31,6 +35,7 @@
 extern "C" {
 #endif
 
+/* The buffer; initialised by zt_ring_buf_init, read it through the operations below. */
 typedef struct zt_ring_buf_t {
     uint32_t head; /* read position in units; written by the get side */
     uint32_t tail; /* write position in units; written by the put side */

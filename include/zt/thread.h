@@ -70,7 +70,8 @@ ZT_API zt_status_t zt_thread_set_global_hook(zt_thread_hook_t hook, void *contex
 /* Puts the thread under the supervision of mgr, under its own name and with the caller's kernel
  * thread id as the entry's user value; usually called by the thread itself. The thread is
  * unregistered when it ends, so mgr must live until then; a thread that has ended is not registered
- * any more. Calling it again moves the thread to another manager or sets another time-out.
+ * any more. Calling it again moves the thread to another manager or sets another time-out. timeout_ms is
+ * in milliseconds; with 0 or less the thread is overdue at once.
  *
  * InvalidArgument (7): thread or mgr is null.  NotInitialized (35): the handle is null. */
 ZT_API zt_status_t zt_thread_enable_watchdog(zt_thread_t *thread, zt_watchdog_mgr_t *mgr,

@@ -42,10 +42,13 @@ typedef struct zt_hw_watchdog_t zt_hw_watchdog_t;
 /* One supervised client. Before its first registration the owner zeroes it, makes the link point to
  * itself (ZT_LIST_HEAD_INIT) and sets the name. */
 struct zt_watchdog_t {
-    /* Its place among the manager's clients; points to itself while not registered. */
     __extension__ union {
+        /* Its place among the manager's clients; points to itself while not registered. */
         zt_list_head_t link;
-        __extension__ struct { zt_list_head_t *next, *prev; /* of the link */ };
+        __extension__ struct {
+            zt_list_head_t *next; /* link.next */
+            zt_list_head_t *prev; /* link.prev */
+        };
     };
     const char *name;       /* for the expiry callback; set by the owner, never used here */
     uint64_t last_alive_ms; /* zt_time_get_ms of the last keep-alive or of the registration; written
@@ -68,6 +71,7 @@ struct zt_hw_watchdog_t {
 /* Called for each overdue entry, then once with a null entry. */
 typedef void (*zt_watchdog_expired_cb_t)(zt_watchdog_mgr_t *mgr, zt_watchdog_t *entry);
 
+/* The manager; ZT_WATCHDOG_MGR_INIT prepares it for its creation. */
 struct zt_watchdog_mgr_t {
     zt_mutex_t lock;        /* made by zt_watchdog_mgr_create */
     zt_list_head_t clients; /* registered entries, oldest registration first; the caller makes it
@@ -77,7 +81,9 @@ struct zt_watchdog_mgr_t {
 };
 
 /* Initialiser of a manager that is yet to be created, with its expiry callback (may be null):
- *     static zt_watchdog_mgr_t g_mgr = ZT_WATCHDOG_MGR_INIT(g_mgr, on_expired); */
+ *
+ *     static zt_watchdog_mgr_t g_mgr = ZT_WATCHDOG_MGR_INIT(g_mgr, on_expired);
+ */
 /* clang-format off */
 #define ZT_WATCHDOG_MGR_INIT(name, callback) \
     { { false, PTHREAD_MUTEX_INITIALIZER, false }, ZT_LIST_HEAD_INIT((name).clients), NULL, (callback) }
