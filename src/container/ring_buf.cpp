@@ -93,6 +93,7 @@ zt_status_t zt_ring_buf_put_finish(zt_ring_buf_t *ring, uint32_t count) {
 uint32_t zt_ring_buf_put(zt_ring_buf_t *ring, const uint8_t *data, uint32_t count) {
     const uint32_t claimed = ring->claim_tail - ring->tail;
     const uint32_t total = std::min(count, available(*ring) - claimed);
+    const uint32_t tail = tail_after(*ring, total);
     if (total > 0) {
         const Pieces to = pieces_of(*ring, index_at(*ring, ring->tail, claimed), total);
         zt_memcpy(to.first, data, to.first_count);
@@ -100,8 +101,8 @@ uint32_t zt_ring_buf_put(zt_ring_buf_t *ring, const uint8_t *data, uint32_t coun
             zt_memcpy(ring->buffer, data + to.first_count, total - to.first_count);
         }
     }
-    ring->tail = tail_after(*ring, total);
-    ring->claim_tail = ring->tail;
+    ring->tail = tail;
+    ring->claim_tail = tail;
     return total;
 }
 
@@ -121,14 +122,16 @@ zt_status_t zt_ring_buf_get_finish(zt_ring_buf_t *ring, uint32_t count) {
 
 uint32_t zt_ring_buf_get(zt_ring_buf_t *ring, uint8_t *data, uint32_t count) {
     const uint32_t total = copy_out(*ring, data, count);
-    ring->head = head_after(*ring, total);
-    ring->claim_head = ring->head;
+    const uint32_t head = head_after(*ring, total);
+    ring->head = head;
+    ring->claim_head = head;
     return total;
 }
 
 uint32_t zt_ring_buf_peek(zt_ring_buf_t *ring, uint8_t *data, uint32_t count) {
     const uint32_t total = copy_out(*ring, data, count);
-    ring->head = head_after(*ring, 0);
-    ring->claim_head = ring->head;
+    const uint32_t head = head_after(*ring, 0);
+    ring->head = head;
+    ring->claim_head = head;
     return total;
 }

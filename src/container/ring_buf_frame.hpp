@@ -10,7 +10,7 @@
 namespace zt::detail {
 
 // What a rebase subtracts: a multiple of the size, so that the addressed unit stays the same.
-inline uint32_t rebase_amount(const zt_ring_buf_t &ring) {
+[[gnu::noinline, gnu::cold]] inline uint32_t rebase_amount(const zt_ring_buf_t &ring) {
     const uint32_t threshold = ring_buf_get_rewind_threshold();
     if (ring.mask != 0) return threshold & ~ring.mask;
     return ring.size == 0 ? 0 : threshold - threshold % ring.size;
@@ -27,7 +27,7 @@ inline uint32_t stored(const zt_ring_buf_t &ring) {
 // A buffer so large that the amount is its size would look empty, when full, to a consumer that has
 // not followed yet. It rebases only when its position would leave 32 bits, and is then kept from
 // filling up to the last unit until the consumer has followed.
-inline bool amount_is_size(const zt_ring_buf_t &ring) {
+[[gnu::noinline, gnu::cold]] inline bool amount_is_size(const zt_ring_buf_t &ring) {
     const uint32_t threshold = ring_buf_get_rewind_threshold();
     return ring.size <= threshold && threshold - ring.size < ring.size;
 }

@@ -11,8 +11,8 @@
 static std::string write_document(Choices &random, zt_json_fmt_t *fmt) {
     const size_t depth_wanted = random.pick({3, 40});
     static const std::string longest(63, 'n'), too_long(99, 'l');  // names composed together with a number, or not
-    std::string text, open;        // and what closes the containers that are open
-    std::vector<int> items = {0};  // of each of them
+    std::string text, open;                                        // and what closes the containers that are open
+    std::vector<int> items = {0};                                  // of each of them
     const auto close = [&] {
         open.ends_with('}') ? zt_json_fmt_close_object(fmt) : zt_json_fmt_close_array(fmt);
         if (open.empty()) return;
