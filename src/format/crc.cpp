@@ -39,9 +39,9 @@ uint16_t zt_crc16_ccitt(uint16_t crc, const void *data, uint32_t length) {
 }
 
 uint32_t zt_crc32(uint32_t crc, const void *data, uint32_t length) {
-    return ~g_crc32.get()(~crc, static_cast<const uint8_t *>(data), length);
+    return g_crc32.get()(crc, static_cast<const uint8_t *>(data), length, UINT32_MAX);
 }
 
 uint32_t zt_fpga_crc32(uint32_t crc, const void *data, uint32_t length) {
-    return g_crc32.get()(crc, static_cast<const uint8_t *>(data), length);
+    return g_crc32.get()(crc, static_cast<const uint8_t *>(data), length, 0);
 }

@@ -62,12 +62,13 @@ uint16_t crc16_portable(uint16_t crc, const uint8_t *data, size_t length) {
     return crc;
 }
 
-uint32_t crc32_portable(uint32_t crc, const uint8_t *data, size_t length) {
+uint32_t crc32_portable(uint32_t crc, const uint8_t *data, size_t length, uint32_t inversion) {
+    crc ^= inversion;
     for (; length >= 4; data += 4, length -= 4) {
         crc = look_up(kTables32, load32<std::endian::little>(data) ^ crc);
     }
     for (; length > 0; --length) crc = crc >> 8 ^ kTables32[0][(crc ^ *data++) & 0xFF];
-    return crc;
+    return crc ^ inversion;
 }
 
 }  // namespace zt::detail

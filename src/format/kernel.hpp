@@ -41,7 +41,7 @@ class Dispatch {
     }
 
   private:
-    Function *choose() {
+    [[gnu::noinline, gnu::cold]] Function *choose() {
         size_t i = 0;
         while (kernels_[i].runs_here != nullptr && !kernels_[i].runs_here()) ++i;
         chosen_.store(kernels_[i].function, std::memory_order_relaxed);

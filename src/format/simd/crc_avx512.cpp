@@ -74,9 +74,10 @@ ZT_AVX512 uint32_t remainder_of(uint32_t start, const uint8_t *data, size_t leng
 
 }  // namespace
 
-[[ZT_AVX512_TARGET]] uint32_t crc32_avx512(uint32_t crc, const uint8_t *data, size_t length) {
-    if (length < 16) return crc32_portable(crc, data, length);
-    return remainder_of<Crc32Constants>(crc, data, length);
+[[ZT_AVX512_TARGET]] uint32_t crc32_avx512(uint32_t crc, const uint8_t *data, size_t length,
+                                           uint32_t inversion) {
+    if (length < 16) return crc32_portable(crc, data, length, inversion);
+    return remainder_of<Crc32Constants>(crc ^ inversion, data, length) ^ inversion;
 }
 
 [[ZT_AVX512_TARGET]] uint16_t crc16_avx512(uint16_t crc, const uint8_t *data, size_t length) {

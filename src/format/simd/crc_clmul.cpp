@@ -38,9 +38,10 @@ ZT_CLMUL uint32_t remainder_of(uint32_t start, const uint8_t *data, size_t lengt
 
 }  // namespace
 
-[[ZT_CLMUL_TARGET]] uint32_t crc32_clmul(uint32_t crc, const uint8_t *data, size_t length) {
-    if (length < kVector) return crc32_portable(crc, data, length);
-    return remainder_of<Crc32Constants>(crc, data, length);
+[[ZT_CLMUL_TARGET]] uint32_t crc32_clmul(uint32_t crc, const uint8_t *data, size_t length,
+                                         uint32_t inversion) {
+    if (length < kVector) return crc32_portable(crc, data, length, inversion);
+    return remainder_of<Crc32Constants>(crc ^ inversion, data, length) ^ inversion;
 }
 
 [[ZT_CLMUL_TARGET]] uint16_t crc16_clmul(uint16_t crc, const uint8_t *data, size_t length) {
