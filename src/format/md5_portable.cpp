@@ -23,7 +23,7 @@ constexpr int kRotations[4][4] = {
     {7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
 
 // The word of the block that a step takes.
-constexpr uint32_t word_index(uint32_t step) {
+constexpr size_t word_index(uint32_t step) {
     constexpr uint32_t kFactor[4] = {1, 5, 3, 7};
     constexpr uint32_t kOffset[4] = {0, 1, 5, 0};
     return (kFactor[step / 16] * step + kOffset[step / 16]) % 16;
