@@ -11,7 +11,8 @@ build=(g++ cmake make ninja-build python3)
 test=(libgtest-dev)
 bench=(pkg-config binutils libbenchmark-dev zlib1g-dev libdeflate-dev libisal-dev libssl-dev libglib2.0-dev
        libapr1-dev libboost-dev libinih-dev rapidjson-dev)
-gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
+gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git g++-aarch64-linux-gnu
+       googletest qemu-user gcc spin)
 extras=(ffmpeg)
 
 case "${1:-all}" in
