@@ -24,25 +24,23 @@ struct Worker {
 } g_workers[26];
 
 // The second queue loses and regains its nodes all the time, and the items with them.
-zt_queue_t g_queues[2], *g_dropping;         // g_dropping: whose nodes main frees
+zt_queue_t g_queues[2], *g_lossy;            // g_lossy: whose nodes main frees
 Count g_put, g_got, g_discarded, g_dropped;  // sums of the items, which are random numbers
-uint64_t number(const volatile void *item) { return reinterpret_cast<uintptr_t>(item); }
+uint64_t value(const volatile void *item) { return reinterpret_cast<uintptr_t>(item); }
 zt_queue_node_t *node_of(zt_list_head_t *link) { return ZT_CONTAINER_OF(link, zt_queue_node_t, link); }
 
+constexpr decltype(&zt_queue_add_head) kPut[] = {zt_queue_add_head, zt_queue_add_tail};
 void put(Worker &w) {
     void *const item = reinterpret_cast<void *>(w.random() << 20 | 1);
-    zt_queue_t *const queue = &g_queues[w.pick(2)];
-    const auto discard = [](auto, void *old, void *) { g_discarded += number(old); };
-    const auto add = w.pick(2) ? zt_queue_add_head : zt_queue_add_tail;
-    const int status =
-        w.pick(4) ? add(queue, item, w.pick(4) - 1) : zt_queue_add_tail_with_discard(queue, item, discard, nullptr);
-    g_put += status == 0 ? number(item) : 0;
+    zt_queue_t *const q = &g_queues[w.pick(2)];
+    const auto drop = [](auto, void *old, void *) { g_discarded += value(old); };
+    const int way = w.pick(4), ms = w.pick(4) - 1;
+    if (way < 3 ? kPut[w.pick(2)](q, item, ms) : zt_queue_add_tail_with_discard(q, item, drop, nullptr)) return;
+    g_put += value(item);
 }
 
-void get(Worker &w) {
-    const auto from = w.pick(2) ? zt_queue_get_head : zt_queue_get_tail;
-    g_got += number(from(&g_queues[w.pick(2)], w.pick(4) - 1));
-}
+constexpr decltype(&zt_queue_get_head) kGet[] = {zt_queue_get_head, zt_queue_get_tail};
+void get(Worker &w) { g_got += value(kGet[w.pick(2)](&g_queues[w.pick(2)], w.pick(4) - 1)); }
 
 void move_node(Worker &w) {  // positions hold as long as the lock is held
     zt_queue_t *const queue = &g_queues[w.pick(2)];
@@ -52,30 +50,19 @@ void move_node(Worker &w) {  // positions hold as long as the lock is held
     zt_mutex_unlock(&queue->lock);
 }
 
-void commit(Worker &w) {
-    g_dropping = &g_queues[1];
-    if (w.pick(2)) zt_queue_decommit(g_dropping, w.pick(2)), w.rest();
-    check(zt_queue_commit(g_dropping, 1 + w.pick(6)) == 0, "a commit"), usleep(w.pick(300));
-}
-
+alignas(64) char g_memory[64'000];
 zt_id_pool_t g_ids;
-void use_ids(Worker &w) {
+zt_mem_heap_t g_heap;
+void use_pools(Worker &w) {
     int32_t id = w.pick(200);
     void *owner = nullptr;
-    if (zt_id_pool_alloc_specific(&g_ids, &id, &id) != 0) check(zt_id_pool_alloc(&g_ids, &id, &id) == 0, "an id");
-    w.rest(), w.pick(4) ? use_ids(w) : void();
+    zt_mem_heap_block_t *block = zt_mem_heap_alloc(&g_heap, 1 + w.pick(5'000));
+    if (!block || zt_id_pool_alloc_specific(&g_ids, &id, &id)) check(!zt_id_pool_alloc(&g_ids, &id, &id), "an id");
+    char *const bytes = reinterpret_cast<char *>(block ? block->addr : 0), tag = w.pick(256);
+    const uint32_t size = block ? block->size : 0;
+    std::fill_n(bytes, size, tag), w.rest(), w.pick(4) ? use_pools(w) : void();
+    check(std::count(bytes, bytes + size, tag) == size, "memory has one owner"), zt_mem_heap_free(&g_heap, block);
     check(zt_id_pool_lookup(&g_ids, id, &owner) && owner == &id && zt_id_pool_free(&g_ids, id), "an id's owner");
-}
-
-alignas(64) char g_memory[64'000];
-zt_mem_heap_t g_heap;
-void use_memory(Worker &w) {
-    zt_mem_heap_block_t *const block = zt_mem_heap_alloc(&g_heap, 1 + w.pick(5'000));
-    if (block == nullptr) return;
-    char *const bytes = reinterpret_cast<char *>(block->addr), owner = w.pick(256);
-    std::fill_n(bytes, block->size, owner), w.rest(), w.pick(4) ? use_memory(w) : void();
-    check(std::count(bytes, bytes + block->size, owner) == block->size, "memory has one owner");
-    zt_mem_heap_free(&g_heap, block);
 }
 
 void expire(zt_watchdog_mgr_t *mgr, zt_watchdog_t *entry) { entry &&zt_watchdog_unregister(mgr, entry); }
@@ -89,7 +76,7 @@ const zt_ntf_mgr_ops_t kLocks = {[](auto) { g_trees.lock_shared(); }, [](auto) {
 zt_ntf_mgr_t g_notifications;
 void notify(Worker &w) {  // everybody publishes 1, and something that nobody else publishes
     thread_local int heard;
-    const uint64_t ids[] = {1, number(&w)};
+    const uint64_t ids[] = {1, value(&w)};
     const auto hear = [](auto, uint64_t subscriber, uint64_t id) { return heard += id == subscriber, true; };
     heard = zt_ntf_mgr_subscribe(&g_notifications, ids[1], 3, ids, 2, hear);
     for (const int i : {0, 1, 0, 1}) zt_ntf_mgr_publish(&g_notifications, ids[i]), w.rest();
@@ -100,18 +87,16 @@ void run_timers(Worker &w) {
     thread_local uint64_t now, fired;
     zt_timer_mgr_t manager = {{}, [](auto, auto *time) { return *time = now, 0; }, [](auto...) { return 0; }};
     zt_timer_t timers[50] = {};
-    now = fired = 0;
     for (auto &t : timers) t.cb = [](auto...) { ++fired; }, zt_timer_mgr_schedule_timer(&manager, &t, w.pick(999));
     for (int i = 0; i < 20; ++i) zt_timer_mgr_cancel_timer(&manager, &timers[i]);
-    for (; now < 2'000; now += w.pick(300)) zt_timer_mgr_process_alarm(&manager);
+    for (fired = 0; manager.heap.count > 0; now += w.pick(300)) zt_timer_mgr_process_alarm(&manager);
     check(fired == 30, "timers fired");
 }
 
 zt_ptz_t g_ptz;
 Count g_sent, g_executed, g_cleared;
 void clear(zt_ptz_t *ptz) {  // under the channel's lock: nothing comes between the count and the clear
-    const auto *const first = ptz->peek_command(ptz), *p = first->next;
-    for (; p != first; p = p->next) ++g_cleared;  // passes the list's head as well
+    for (auto *first = ptz->peek_command(ptz), *p = first->next; p != first; p = p->next) ++g_cleared;
     zt_ptz_clear(ptz);
 }
 
@@ -137,10 +122,9 @@ void log_line(Worker &) { ZT_LOG_INFO(soak, "line %d", static_cast<int>(++g_logg
 
 // What workers do until they end: operations that leave nothing behind.
 const std::pair<const char *, void (*)(Worker &)> kRoles[] = {
-    {"put", put},          {"get", get},       {"move", move_node},    {"ids", use_ids},        {"memory", use_memory},
-    {"watch", be_watched}, {"notify", notify}, {"timers", run_timers}, {"send", send_commands}, {"drive", drive},
-    {"log", log_line}};
-Count g_acts[std::size(kRoles)];
+    {"put", put},       {"get", get},           {"move", move_node},     {"pools", use_pools}, {"watch", be_watched},
+    {"notify", notify}, {"timers", run_timers}, {"send", send_commands}, {"drive", drive},     {"log", log_line}};
+Count g_acts[std::size(kRoles)], g_threads;
 
 int32_t work(zt_thread_t *thread, void *self) {
     Worker &w = *static_cast<Worker *>(self);
@@ -158,34 +142,25 @@ void set_up() {
     const int failures = zt_ptz_internal_create(&g_ptz, &depth) + zt_ntf_mgr_init(&kLocks, &g_notifications) +
                          zt_queue_create(&g_queues[0], 4) + zt_queue_create(&g_queues[1], 4) +
                          zt_id_pool_create(&g_ids, 16) + zt_watchdog_mgr_create(&g_watchdogs, nullptr);
-    check(failures + zt_mem_heap_create(&g_heap, number(g_memory), sizeof g_memory, 64) == 0, "set-up");
+    check(failures + zt_mem_heap_create(&g_heap, value(g_memory), sizeof g_memory, 64) == 0, "set-up");
 }
 
 // Starts threads, supervises them and takes the second queue's nodes away, for so long.
-uint32_t supervise(uint64_t end_ms) {
-    Worker self;
-    uint32_t threads = 0;
-    for (; zt_time_get_ms() < end_ms; commit(self), zt_watchdog_mgr_check(&g_watchdogs))
+void supervise(uint64_t end_ms) {
+    for (Worker self; zt_time_get_ms() < end_ms; zt_watchdog_mgr_check(&g_watchdogs), usleep(self.pick(300))) {
         for (auto &w : g_workers) {
             if (!w.ended.exchange(false)) continue;
-            zt_thread_wait_and_destory(&w.thread, nullptr), w.random.seed(++threads);
+            zt_thread_wait_and_destory(&w.thread, nullptr), w.random.seed(++g_threads);
             check(zt_thread_create_and_run(&w.thread, 3, work, &w, "worker") == 0, "a thread's start");
         }
+        g_lossy = &g_queues[1];
+        if (self.pick(2)) zt_queue_decommit(g_lossy, self.pick(2)), self.rest();
+        check(zt_queue_commit(g_lossy, 1 + self.pick(6)) == 0, "a commit");
+    }
     g_stop = true;
-    for (auto &queue : g_queues) zt_queue_decommit(g_dropping = &queue, true);  // releases those who are blocked
+    for (auto &queue : g_queues) zt_queue_decommit(g_lossy = &queue, true);  // releases those who are blocked
     for (auto &w : g_workers) zt_thread_wait_and_destory(&w.thread, nullptr);
-    return clear(&g_ptz), threads;
-}
-
-void check_balance_and_destroy() {
-    check(g_put == g_got + g_discarded + g_dropped, "items put = got + discarded + dropped");
-    check(g_sent == g_executed + g_cleared && g_logged == g_printed, "commands sent = executed + cleared; lines");
-    for (uint32_t i = 0; i < g_ids.bucket_count; ++i) check(g_ids.buckets[i].next == &g_ids.buckets[i], "no id in use");
-    check(g_heap->blocks.next->next == &g_heap->blocks && g_heap->free_size == sizeof g_memory, "one free block");
-    check(g_watchdogs.clients.next == &g_watchdogs.clients && zt_ptz_get_register_num(&g_ptz) == 0, "nobody left");
-    zt_ptz_destroy(&g_ptz), zt_ntf_mgr_deinit(&g_notifications), zt_watchdog_mgr_destroy(&g_watchdogs);
-    zt_queue_destroy(&g_queues[0]), zt_queue_destroy(&g_queues[1]), zt_id_pool_destroy(&g_ids),
-        zt_mem_heap_destroy(&g_heap);
+    clear(&g_ptz);
 }
 
 long entries(const char *directory) { return std::distance(std::filesystem::directory_iterator(directory), {}); }
@@ -195,21 +170,24 @@ long held() { return entries("/proc/self/fd") * 1000 + entries("/proc/self/task"
 
 // In place of the library's; under the queue's lock when items are dropped.
 void zt_free(void *ptr) {
-    if (zt_gettid() == zt_getpid() && g_dropping && ptr == g_dropping->nodes)
-        for (auto &all = g_dropping->items, *p = all.next; p != &all; p = p->next)
-            g_dropped += number(node_of(p)->data);
+    if (zt_gettid() == zt_getpid() && g_lossy && ptr == g_lossy->nodes)
+        for (auto *p = g_lossy->items.next; p != &g_lossy->items; p = p->next) g_dropped += value(node_of(p)->data);
     std::free(ptr);
 }
 
 int main(int, char **arguments) {
     const uint32_t seconds = std::stoul(arguments[1]);
-    std::thread([] {}).join();  // has the sanitizer start its own
-    alarm(seconds + 60);        // ends those who sleep for ever
+    // Has the sanitizer start a thread of its own; ends those who sleep for ever.
+    std::thread([] {}).join(), alarm(seconds + 60);
     const long before = held();
-    set_up();
-    const uint32_t threads = supervise(zt_time_get_ms() + seconds * 1000);
-    check_balance_and_destroy(), check(held() == before, "no descriptor and no thread is left");
+    set_up(), supervise(zt_time_get_ms() + seconds * 1000);
+    check(g_put == g_got + g_discarded + g_dropped, "items put = got + discarded + dropped");
+    check(g_sent == g_executed + g_cleared && g_logged == g_printed, "commands sent = executed + cleared; lines");
+    check(g_heap->blocks.next->next == &g_heap->blocks && g_heap->free_size == sizeof g_memory, "one free block");
+    check(g_watchdogs.clients.next == &g_watchdogs.clients && zt_ptz_get_register_num(&g_ptz) == 0, "nobody left");
+    zt_queue_destroy(&g_queues[0]), zt_queue_destroy(&g_queues[1]), zt_ptz_destroy(&g_ptz);
+    zt_ntf_mgr_deinit(&g_notifications), check(held() == before, "descriptors and threads as before");
     for (size_t i = 0; i < std::size(kRoles); ++i) printf("%-8s %12lu\n", kRoles[i].first, g_acts[i].load());
-    printf("threads  %12u\n%s\n", threads, g_balanced ? "all accounted for" : "NOT all accounted for");
+    printf("threads  %12lu\n%s\n", g_threads.load(), g_balanced ? "all accounted for" : "NOT all accounted for");
     return g_balanced ? 0 : 1;
 }

@@ -3,9 +3,6 @@
 #ifndef ZT_TESTS_SUPPORT_THREADS_HPP
 #define ZT_TESTS_SUPPORT_THREADS_HPP
 
-#include <pthread.h>
-
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -15,13 +12,6 @@ void on_threads(int count, Body body) {
     std::vector<std::thread> threads;
     for (int i = 0; i < count; ++i) threads.emplace_back(body, i);
     for (std::thread &thread : threads) thread.join();
-}
-
-// The calling thread's name: in an emulator not that of the program.
-inline std::string own_name() {
-    char name[16] = "";
-    pthread_getname_np(pthread_self(), name, sizeof name);
-    return name;
 }
 
 #endif  // ZT_TESTS_SUPPORT_THREADS_HPP
