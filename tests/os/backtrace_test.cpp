@@ -8,9 +8,20 @@
 
 #include "support/test.hpp"
 
+static thread_local bool t_crashed = false;                          // from here on it must not allocate
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // have their own malloc
+extern "C" void *__libc_malloc(size_t);
+extern "C" void *malloc(size_t size) noexcept { return t_crashed ? _exit(99), nullptr : __libc_malloc(size); }
+#endif
+
 namespace {
 
-void fault() { *reinterpret_cast<volatile int *>(std::atomic<uintptr_t>(64).load()) = 0; }
+void fault() { *reinterpret_cast<volatile int *>(std::atomic<uintptr_t>(64).load()) = t_crashed = true; }
+// Where a division by zero is no fault, its signal is sent.
+[[gnu::no_sanitize("undefined")]] void divide() { raise(1 / std::atomic<int>(0).load() + SIGFPE); }
+[[maybe_unused]] const int g_named =
+    pthread_setname_np(pthread_self(), "a_name");  // an emulator has another by default
+void be_killed() { fork() > 0 ? wait(nullptr) : (kill(getppid(), SIGBUS), _exit(0), 0); }
 
 int32_t overflow(zt_thread_t *, void *) {
     volatile char frame[4096] = {1};
@@ -51,7 +62,7 @@ void expect(int signal, int dumps, void (*body)(), zt_backtrace_print_t print = 
         "(Frame [0-9]+:  [^\n]+\n)+=========>>>Dump stack end<<<===========\n"
         "( ====== !!!crashed!!! ======\n){" +
         std::to_string(dumps > 1) + "}){" + std::to_string(dumps) + "}(qemu: [^\n]+\n)?$";
-    EXPECT_EXIT((dup2(2, 1), alarm(30), zt_backtrace_segfault(print), body(), _exit(0)),
+    EXPECT_EXIT((dup2(2, 1), alarm(10), zt_backtrace_segfault(print), body(), _exit(0)),
                 [=](int status) { return (status & ~0x80) == signal; }, output);
 }
 
@@ -66,6 +77,12 @@ TEST(Backtrace, EveryDeathEndsWithItsDumpAndItsSignal) {
         if (zt_thread_create_and_run(&thread, 3, overflow, nullptr, "worker") == 0) pause();
     });
     expect(SIGABRT, 1, abort_in_malloc);
+    expect(SIGABRT, 1, std::abort);
+    expect(SIGSEGV, 1, [] { reinterpret_cast<void (*)()>(std::atomic<uintptr_t>(0).load())(); });
+    expect(SIGFPE, 1, divide);
+    expect(SIGSEGV, 0, [] { close(1), fault(); });
+    expect(SIGBUS, 1, be_killed);
+    expect(0, 2, [] { zt_backtrace_enable_noexit(), be_killed(), be_killed(); });
     expect(SIGUSR1, 0, [] { raise(SIGUSR1); });
     expect(SIGSEGV, 0, fault, fault_here);
     expect(SIGABRT, 0, zt_backtrace, abort_here);
@@ -87,8 +104,8 @@ TEST(Backtrace, NamesFramesAsTheCLibraryDoes) {
         const std::shared_ptr<char *> symbol(backtrace_symbols(&address, 1), free);
         frames += "Frame " + std::to_string(count) + ":  " + *symbol + "\n";
     }
-    EXPECT_EQ(text, "before, *** Thread: backtrace_test ***\nbacktrace() returned " + std::to_string(count) +
-                        " addresses\n" + frames);
+    EXPECT_EQ(text, "before, *** Thread: a_name ***\nbacktrace() returned " + std::to_string(count) + " addresses\n" +
+                        frames);
 }
 
 }  // namespace
