@@ -8,6 +8,8 @@
 #include "support/test.hpp"
 
 using Count = std::atomic<uint64_t>;
+// The first four are sums of the items, which are random numbers.
+static Count g_put, g_got, g_discarded, g_dropped, g_sent, g_executed, g_cleared, g_heard, g_logged, g_printed;
 static std::atomic<bool> g_stop{false}, g_balanced{true};
 static void check(bool right, const char *what) { right || (g_balanced = false, printf("soak: wrong: %s\n", what)); }
 
@@ -22,7 +24,6 @@ struct Worker {
 
 // The second queue loses and regains its nodes all the time, and the items with them.
 static zt_queue_t g_queues[2], *g_lossy = &g_queues[1];  // g_lossy: whose nodes main frees
-static Count g_put, g_got, g_discarded, g_dropped;       // sums of the items, which are random numbers
 static uint64_t value(const volatile void *item) { return reinterpret_cast<uintptr_t>(item); }
 static zt_queue_node_t *node_of(zt_list_head_t *link) { return ZT_CONTAINER_OF(link, zt_queue_node_t, link); }
 
@@ -80,7 +81,6 @@ static void notify(Worker &w) {  // everybody publishes 1, and something that no
 }
 
 static zt_ptz_t g_ptz;
-static Count g_sent, g_executed, g_cleared, g_heard;
 static void clear(zt_ptz_t *ptz) {  // under the channel's lock: nothing comes between the count and the clear
     for (auto *first = ptz->peek_command(ptz), *p = first->next; p != first; p = p->next) ++g_cleared;
     zt_ptz_clear(ptz);
@@ -101,7 +101,6 @@ static void drive(Worker &) {
         ++g_executed, zt_ptz_internal_put_result(&g_ptz, &result, nullptr);
 }
 
-static Count g_logged, g_printed;
 static zt_logging_category_t zt__logc_soak = {ZT_LOG_LEVEL_INFO, "soak"};
 static int print_nothing(const char *, ...) { return ++g_printed, 0; }
 static void log_line(Worker &) { ZT_LOG_INFO(soak, "line %d", static_cast<int>(++g_logged)); }
@@ -150,7 +149,6 @@ static void supervise(uint64_t end_ms) {
     g_stop = true, check(g_armed == g_fired + timers.heap.count, "timers armed = fired + left");
     for (auto &queue : g_queues) zt_queue_decommit(g_lossy = &queue, true);  // releases those who are blocked
     for (auto &w : g_workers) zt_thread_wait_and_destory(&w.thread, nullptr);
-    clear(&g_ptz);
 }
 
 static long entries(const char *directory) { return std::distance(std::filesystem::directory_iterator(directory), {}); }
@@ -158,20 +156,18 @@ static long held() { return entries("/proc/self/fd") * 1000 + entries("/proc/sel
 
 // In place of the library's; under the queue's lock when items are dropped.
 void zt_free(void *ptr) {
-    if (zt_gettid() == zt_getpid() && g_lossy && ptr == g_lossy->nodes)
+    if (zt_gettid() == zt_getpid() && ptr == g_lossy->nodes)
         for (auto *p = g_lossy->items.next; p != &g_lossy->items; p = p->next) g_dropped += value(node_of(p)->data);
     std::free(ptr);
 }
 
 int main(int, char **arguments) {
-    const uint32_t seconds = std::stoul(arguments[1]);
     // Has the sanitizer start a thread of its own; ends those who sleep for ever.
-    std::thread([] {}).join(), alarm(seconds + 60);
+    std::thread([] {}).join(), alarm(std::stoul(arguments[1]) + 60);
     const long before = held();
-    set_up(), supervise(zt_time_get_ms() + seconds * 1000);
+    set_up(), supervise(zt_time_get_ms() + std::stoul(arguments[1]) * 1000), clear(&g_ptz);
     check(g_put == g_got + g_discarded + g_dropped, "items put = got + discarded + dropped");
-    check(g_sent == g_executed + g_cleared && g_heard <= g_executed && g_logged == g_printed,
-          "commands sent = executed + cleared; lines");
+    check(g_sent == g_executed + g_cleared && g_heard <= g_executed && g_logged == g_printed, "commands; lines");
     check(g_heap->blocks.next->next == &g_heap->blocks && g_heap->free_size == sizeof g_memory, "one free block");
     check(g_watchdogs.clients.next == &g_watchdogs.clients && zt_ptz_get_register_num(&g_ptz) == 0, "nobody left");
     zt_queue_destroy(&g_queues[0]), zt_queue_destroy(&g_queues[1]), zt_ptz_destroy(&g_ptz);
