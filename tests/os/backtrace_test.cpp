@@ -75,8 +75,8 @@ TEST(Backtrace, EveryDeathEndsWithItsDumpAndItsSignal) {
         if (zt_thread_create_and_run(&thread, 3, overflow, nullptr, "worker") == 0) pause();
     });
     expect(SIGABRT, 1, abort_in_malloc);
-    expect(SIGSEGV, 1, [] { reinterpret_cast<void (*)()>(std::atomic<uintptr_t>(0).load())(); });
-    expect(SIGFPE, 1, [] { raise(SIGFPE + div(1, std::atomic<int>(0)).quot); });  // sent where it is no fault
+    expect(SIGSEGV, 1, [] { reinterpret_cast<void (*)()>(intptr_t{g_zero})(); });
+    expect(SIGFPE, 1, [] { raise(SIGFPE + div(1, g_zero).quot); });  // sent where it is no fault
     expect(SIGSEGV, 0, [] { close(1), fault(); });
     expect(SIGBUS, 1, be_killed);
     expect(0, 2, [] { zt_backtrace_enable_noexit(), be_killed(), be_killed(); });
