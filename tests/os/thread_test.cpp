@@ -55,6 +55,7 @@ static int32_t be_watched(zt_thread_t *self, void *arg) {
 
 // The hook and the thread find what was asked for; however the thread ends, nothing of it stays.
 TEST(Thread, StartsAsAskedAndEndsClean) {
+    pthread_setname_np(pthread_self(), "thread_test");  // also in an emulator
     for (auto *mgr : {&g_mgr, &g_old}) EXPECT_EQ(zt_watchdog_mgr_create(mgr, nullptr), 0);
     rlimit files{};
     getrlimit(RLIMIT_NOFILE, &files);
