@@ -1,4 +1,4 @@
-// MD5 messages: buffering, padding and the choice of the block function.
+// MD5 messages: buffering and padding.
 // SPDX-License-Identifier: MIT
 #include "zt/md5.h"
 
@@ -8,8 +8,7 @@
 
 #include "format/byte_order.hpp"
 #include "format/hex_text.hpp"
-#include "format/kernel.hpp"
-#include "format/md5_kernels.hpp"
+#include "format/md5_block.hpp"
 #include "zt/memory.h"
 
 static_assert(std::is_standard_layout_v<zt_md5_ctx_t> && sizeof(zt_md5_ctx_t) == 88);
@@ -23,9 +22,6 @@ using namespace zt::detail;
 
 constexpr uint32_t kBlock = 64;
 constexpr uint32_t kCountAt = 56;  // where the bit count stands in the last block
-
-constexpr Kernel<Md5Kernel> kMd5Kernels[] = {{"portable", nullptr, md5_portable}};
-constinit Dispatch<Md5Kernel> g_md5{kMd5Kernels};
 
 uint32_t buffered(const zt_md5_ctx_t *ctx) { return ctx->count[0] / 8 % kBlock; }
 
@@ -52,16 +48,15 @@ void zt_md5_update(zt_md5_ctx_t *ctx, const void *data, uint32_t length) {
     uint32_t filled = buffered(ctx);
     count_bytes(ctx, length);
     if (length >= kBlock - filled) {
-        Md5Kernel *transform = g_md5.get();
         if (filled > 0) {
             const uint32_t missing = kBlock - filled;
             zt_memcpy(ctx->buffer + filled, bytes, missing);
-            transform(ctx->state, ctx->buffer, 1);
+            md5_blocks(ctx->state, ctx->buffer, 1);
             bytes += missing;
             length -= missing;
             filled = 0;
         }
-        transform(ctx->state, bytes, length / kBlock);
+        md5_blocks(ctx->state, bytes, length / kBlock);
         bytes += length - length % kBlock;
         length %= kBlock;
     }

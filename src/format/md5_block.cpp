@@ -1,9 +1,10 @@
-// The MD5 block function in plain C++.
+// The 64 steps of MD5.
 // SPDX-License-Identifier: MIT
+#include "format/md5_block.hpp"
+
 #include <bit>
 
 #include "format/byte_order.hpp"
-#include "format/md5_kernels.hpp"
 
 namespace zt::detail {
 namespace {
@@ -63,7 +64,7 @@ inline void sixteen_steps(uint32_t s[4], const uint8_t *block) {
 
 }  // namespace
 
-void md5_portable(uint32_t state[4], const uint8_t *data, size_t blocks) {
+void md5_blocks(uint32_t state[4], const uint8_t *data, size_t blocks) {
     uint32_t s[4] = {state[0], state[1], state[2], state[3]};
     for (; blocks > 0; --blocks, data += 64) {
         const uint32_t before[4] = {s[0], s[1], s[2], s[3]};
