@@ -3,6 +3,8 @@
 // SPDX-License-Identifier: MIT
 #include "zt/base.h"
 
+#include <dlfcn.h>
+
 #include "support/test.hpp"
 
 static uint64_t g_n;  // the call that fails in this run; 0: none
@@ -152,4 +154,43 @@ TEST(Faults, EachIsReportedAndNothingIsLost) {
     unlink(kFile);
     printf("[faults] %zu operations, %lu failures injected, %s\n", std::size(kRows), injected,
            HasFailure() ? "not all handled" : "all handled");
+}
+
+// Calls with what cannot be, by name, with their arguments and what they give (-: nothing). Z is a record of
+// zeros, F one of all ones; neither is changed.
+static const char kCalls[] = R"(
+zt_mmap_create 0 F = 7  zt_mmap_destroy 0 = -  zt_event_deinit 0 = -  zt_print_hex 0 0 0 0 1 = -
+zt_heap_window_create 0 1 1 0 0 1 = 7  zt_tsw_create 0 F = 7  zt_tsw_create Z 0 = 7  zt_heap_window_update_int64 Z 1 1 = -
+zt_mem_heap_create 0 0 1 1 = 7  zt_mem_heap_alloc 0 1 = 0  zt_mem_heap_alloc Z 1 = 0  zt_mem_heap_get_size 0 = 0
+zt_mem_heap_get_size Z = 0  zt_mem_heap_destroy 0 = -  zt_mem_heap_destroy Z = -  zt_mem_heap_free 0 F = -
+zt_mem_heap_free Z F = -  zt_queue_decommit Z 1 = -  zt_status_extend_register F 0 = -
+zt_ini_reader_create 0 F 1 = 7  zt_ini_reader_create F 0 1 = 7  zt_ini_reader_create F F 0 = 7
+zt_ini_reader_create_from_file 0 F = 7  zt_ini_reader_create_from_file F 0 = 7  zt_json_fmt_open_file F 0 = 13
+zt_thread_create_and_run 0 1 0 0 0 = 7  zt_thread_wait_and_destory 0 0 = 7  zt_thread_enable_watchdog 0 F 1 = 7
+zt_thread_enable_watchdog F 0 1 = 7  zt_thread_enable_watchdog Z F 1 = 35  zt_get_pthread_id 0 = 0
+zt_thread_keep_alive 0 = -  zt_thread_keep_alive Z = -  zt_ntf_mgr_init 0 0 = 7  zt_ntf_mgr_publish Z 1 = 7
+zt_ntf_mgr_subscribe Z 1 0 F 1 0 = 7  zt_ntf_mgr_subscribe F 1 0 0 1 0 = 7  zt_ntf_mgr_unsubscribe Z 1 = 7
+zt_ntf_mgr_get_en_mask 0 1 F = 7  zt_ntf_mgr_get_en_mask F 1 0 = 7  zt_ntf_mgr_get_flags 0 1 F = 7
+zt_ntf_mgr_get_flags F 1 0 = 7  zt_ntf_mgr_get_raw_flags Z 1 F = 7  zt_ntf_mgr_get_raw_flags F 1 0 = 7
+zt_ntf_mgr_set_en_mask Z 1 1 = 7  zt_ptz_register F 0 0 0 0 = 7  zt_ptz_register Z F 0 0 0 = 38  zt_ptz_register 0 F 0 0 0 = 38
+zt_ptz_unregister Z 1 = -  zt_ptz_clear Z = 38  zt_ptz_get_register_num Z = 38  zt_ptz_get_capability F 0 = 7
+zt_ptz_internal_create 0 F = 7  zt_ptz_internal_create Z 0 = 7  zt_ptz_internal_create Z F = 7  zt_ptz_internal_create F F = 35
+zt_ptz_internal_get_command Z 0 0 0 0 = 38  zt_ptz_internal_put_result Z 0 0 = 7  zt_ptz_internal_put_result Z F 0 = 38
+zt_ptz_internal_update_capability Z 0 = 7  zt_ptz_internal_update_capability Z F = 38  zt_logging_category_reg 0 = -
+zt_logging_category_reg Z = -  zt_logc_get_level 0 = -1  zt_logc_set_level_by_prefix 0 1 = -  zt_logc_get_categories 0 0 = -
+)";
+
+TEST(Refusals, AreThoseOfTheHeaders) {
+    std::istringstream calls(kCalls);
+    std::array<intptr_t, 99> zeros = {}, ones, still_ones;
+    ones.fill(-1), still_ones.fill(-1);
+    for (std::string name, word; calls >> name;) {
+        intptr_t given[6] = {}, *next = given;
+        for (; calls >> word && word != "="; ++next)
+            *next = intptr_t(word == "Z" ? zeros.data() : word == "F" ? ones.data() : nullptr) + std::atol(word.data());
+        const auto call = (int32_t(*)(intptr_t, ...))dlsym(RTLD_DEFAULT, name.c_str());
+        const int32_t got = call(given[0], given[1], given[2], given[3], given[4], given[5]);
+        EXPECT_TRUE(calls >> word && (word == "-" || got == std::stoi(word))) << name << " gives " << got;
+        EXPECT_TRUE(std::count(zeros.begin(), zeros.end(), 0) == 99 && ones == still_ones) << name;
+    }
 }
