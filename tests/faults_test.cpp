@@ -25,11 +25,15 @@ template <typename Record>
 static auto on(auto state, auto create, auto destroy, auto... uses) {
     return [=] {
         static Record record;
+        bool created = false;
         const int status = meet([&] {
             int result = create(&record);
+            created = result == 0;
             return (void(result = result == 0 ? uses(&record) : result), ..., result);
         });
-        if (const auto now = std::invoke(state, record); now > decltype(+now){}) destroy(&record);
+        const auto now = std::invoke(state, record);
+        EXPECT_TRUE(created || !(now > decltype(+now){}));
+        if (now > decltype(+now){}) destroy(&record);
         return status;
     };
 }
