@@ -4,6 +4,7 @@
 #   scripts/setup.sh test    also what the tests need
 #   scripts/setup.sh bench   what builds the library and the benchmarks
 #   scripts/setup.sh         all of these, and what the gates of .ci/run need
+#   scripts/setup.sh coverage  what the tests' coverage is measured with
 #   scripts/setup.sh extras  ffmpeg, with which the demo makes a real clip; never needed
 set -euo pipefail
 
@@ -12,15 +13,17 @@ test=(libgtest-dev)
 bench=(pkg-config binutils libbenchmark-dev zlib1g-dev libdeflate-dev libisal-dev libssl-dev libglib2.0-dev
        libapr1-dev libboost-dev libinih-dev rapidjson-dev)
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git)
+coverage=(gcovr)
 extras=(ffmpeg)
 
 case "${1:-all}" in
   build) wanted=("${build[@]}") ;;
   test) wanted=("${build[@]}" "${test[@]}") ;;
   bench) wanted=("${build[@]}" "${bench[@]}") ;;
+  coverage) wanted=("${build[@]}" "${test[@]}" "${coverage[@]}") ;;
   extras) wanted=("${extras[@]}") ;;
   all) wanted=("${build[@]}" "${test[@]}" "${bench[@]}" "${gates[@]}") ;;
-  *) echo "usage: scripts/setup.sh [build|test|bench|extras|all]" >&2; exit 2 ;;
+  *) echo "usage: scripts/setup.sh [build|test|bench|coverage|extras|all]" >&2; exit 2 ;;
 esac
 
 missing=()
