@@ -50,7 +50,7 @@ endif()
 
 set(ZT_LINK_OPTIONS
   -Wl,-z,relro,-z,now,-z,noexecstack,--as-needed
-  -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/abi/libzt_base.map
+  $<$<NOT:$<BOOL:${ZT_COVERAGE}>>:-Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/abi/libzt_base.map>
   -Wl,--no-undefined-version)
 # Clang links the sanitizer run times into programs, not into shared objects.
 if(NOT (ZT_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))

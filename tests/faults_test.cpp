@@ -177,11 +177,12 @@ zt_ntf_mgr_subscribe Z 1 0 F 1 0 = 7  zt_ntf_mgr_subscribe F 1 0 0 1 0 = 7  zt_n
 zt_ntf_mgr_get_en_mask 0 1 F = 7  zt_ntf_mgr_get_en_mask F 1 0 = 7  zt_ntf_mgr_get_flags 0 1 F = 7
 zt_ntf_mgr_get_flags F 1 0 = 7  zt_ntf_mgr_get_raw_flags Z 1 F = 7  zt_ntf_mgr_get_raw_flags F 1 0 = 7
 zt_ntf_mgr_set_en_mask Z 1 1 = 7  zt_ptz_register F 0 0 0 0 = 7  zt_ptz_register Z F 0 0 0 = 38  zt_ptz_register 0 F 0 0 0 = 38
-zt_ptz_unregister Z 1 = -  zt_ptz_clear Z = 38  zt_ptz_get_register_num Z = 38  zt_ptz_get_capability F 0 = 7
+zt_ptz_unregister Z 1 = -  zt_ptz_clear Z = 38  zt_ptz_get_register_num Z = 38  zt_ptz_get_capability F 0 = 7  zt_ptz_get_capability 0 Z = 38
 zt_ptz_internal_create 0 F = 7  zt_ptz_internal_create Z 0 = 7  zt_ptz_internal_create Z F = 7  zt_ptz_internal_create F F = 35
 zt_ptz_internal_get_command Z 0 0 0 0 = 38  zt_ptz_internal_put_result Z 0 0 = 7  zt_ptz_internal_put_result Z F 0 = 38
 zt_ptz_internal_update_capability Z 0 = 7  zt_ptz_internal_update_capability Z F = 38  zt_logging_category_reg 0 = -
 zt_logging_category_reg Z = -  zt_logc_get_level 0 = -1  zt_logc_set_level_by_prefix 0 1 = -  zt_logc_get_categories 0 0 = -
+zt_logc_set_level F 1 = -  zt_base64_encode F -1 F F -1 = 8
 )";
 
 TEST(Refusals, AreThoseOfTheHeaders) {

@@ -96,6 +96,9 @@ ZT_MODEL(Queue, AgreesWithAModel, 1, 30'000) {
 // and is then fed in batches.
 TEST(Queue, WakesWhoeverCanGoOn) {
     std::mt19937 random(11);
+    zt_queue_t other;  // whose waiter nothing of all this concerns
+    ASSERT_EQ(zt_queue_create(&other, 1), 0);
+    std::thread bystander([&] { EXPECT_EQ(zt_queue_get_head(&other, -1), &other); });
     const uint64_t start = zt_time_get_ms();
     for (uint64_t age = 0; age < 5'400; age = zt_time_get_ms() - start) {
         const bool consumers = random() % 2;
@@ -132,6 +135,8 @@ TEST(Queue, WakesWhoeverCanGoOn) {
         for (auto &thread : crews[1]) thread.join();
         zt_queue_destroy(&queue);
     }
+    EXPECT_EQ(zt_queue_add_tail(&other, &other, 0), 0);
+    bystander.join(), zt_queue_destroy(&other);
 }
 
 // Of two that wait, the first to wake up is cancelled before it takes anything.

@@ -91,6 +91,8 @@ TEST(Ini, NumbersAndDefaults) {
         add(zt_ini_reader_get_boolean_default, false);
         add(zt_ini_reader_get_boolean_default, true, 0);
         EXPECT_EQ(found.str(), expected) << value;
+        EXPECT_EQ(zt_ini_reader_get_int(ini.reader, nullptr, "k", nullptr), value == longer ? 29 : 0);
+        EXPECT_EQ(zt_ini_reader_get_string_default(ini.reader, nullptr, "x", nullptr, nullptr, 9), 16);
     }
 }
 

@@ -137,9 +137,14 @@ TEST(Ptz, LimitsOrderDefaultsAndStates) {
     EXPECT_EQ(seq[2], seq[1] + 2) << "the number of the refused command is lost";
     EXPECT_EQ(zt_ptz_internal_get_command(&channel.ptz, &id, &got, &code, &block), 4);
     for (int i = 0; i < 17; ++i) EXPECT_EQ(channel.add({}) != 0, i < 16);
+    EXPECT_EQ(channel.send(0x201) + zt_ptz_internal_get_command(&channel.ptz, nullptr, nullptr, nullptr, nullptr), 0);
+    EXPECT_TRUE(zt_ptz_get_register_num(&channel.ptz) == 16 && channel.ptz.peek_command(&channel.ptz)->next != nullptr);
+    EXPECT_EQ(channel.ptz.peek_command(nullptr), nullptr);
+    channel.ptz.clear_commands(nullptr), channel.ptz.clear_commands = nullptr;
+    EXPECT_EQ(zt_ptz_clear(&channel.ptz), 0);
     EXPECT_FALSE(faults::disarm()) << "allocated after the creation";
     zt_ptz_destroy(&channel.ptz);
-    EXPECT_TRUE(channel.released == 1 && channel.ready == 5 && channel.send(0x201) == 38);
+    EXPECT_TRUE(channel.released == 1 && channel.ready == 6 && channel.send(0x201) == 38);
     channel.ptz.release = nullptr;
     EXPECT_EQ(channel.create({2}), 7);
     EXPECT_TRUE(Channel(UINT32_MAX).status == 8 && Channel(4, 55).status == 55);

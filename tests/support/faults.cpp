@@ -64,6 +64,8 @@ FALLIBLE(fseek, EIO, -1, 0)
 FALLIBLE(ftell, EIO, -1, 0)
 FALLIBLE(fread, EIO, c - 1, 0)  // the file has shrunk
 FALLIBLE(backtrace, ENOMEM, -1, 0)
+FALLIBLE(dladdr1, ENOENT, 0, 0)
+FALLIBLE(sem_wait, g_from_then_on ? 0 : EINTR, -1, 0)
 FALLIBLE(system, EAGAIN, -1, 0)
 
 static int given_back(intptr_t result) {
