@@ -13,11 +13,11 @@ static int32_t greater(zt_heap_window_t *, const void *first, const void *second
 // Creations without slots, with items of no size, with sizes over 32 and 64 bits: what they leave
 // behind is empty and harmless.
 TEST(HeapWindow, RefusesWhatCannotBe) {
-    const uint32_t slots[] = {0, 4, 76695845, UINT32_MAX - 6}, sizes[] = {8, 0, 8, UINT32_MAX - 46};
-    for (int row = 0; row < 4; ++row) {
+    const uint32_t rows[][3] = {{0, 8, 7}, {4, 0, 7}, {76695845, 8, 8}, {UINT32_MAX - 6, UINT32_MAX - 46, 8}};
+    for (const auto [slots, size, want] : rows) {
         zt_heap_window_t items;
         std::memset(&items, 0xA5, sizeof items);
-        EXPECT_EQ(zt_heap_window_create(&items, 9, slots[row], greater, sizes[row], 0), row < 2 ? 7 : 8);
+        EXPECT_EQ(zt_heap_window_create(&items, 9, slots, greater, size, 0), static_cast<int>(want));
         zt_heap_window_update(&items, 1, ""), zt_heap_window_reset(&items);
         EXPECT_TRUE(items.slots == nullptr && !items.heap.root);
     }
