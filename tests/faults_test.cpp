@@ -69,7 +69,8 @@ static int register_status() {
 }
 
 static zt_status_t create_channel(zt_ptz_t *ptz) {
-    const zt_ptz_internal_param_t depth = {4};
+    zt_ptz_internal_param_t depth;
+    zt_ptz_internal_get_default_param(&depth);
     zt_ptz_init(ptz);
     ptz->init_capability = [](auto, auto) { return zt_status_t{0}; };
     ptz->command_ready = ptz->release = [](auto) {};
