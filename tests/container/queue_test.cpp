@@ -125,6 +125,7 @@ TEST(Queue, WakesWhoeverCanGoOn) {
         EXPECT_LE(g_sleeps, 2 * n) << "idle waiters spin";
         zt_queue_decommit(&queue, true);
         ASSERT_EQ(zt_queue_commit(&queue, 0), 0);
+        zt_event_set(&other.avail_event);
         if (random() % 3 > 0) go = 1, go.notify_all();  // else the first crew is on its own
         for (auto &thread : crews[0]) thread.join();
         go = 1, go.notify_all();
