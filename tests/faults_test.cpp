@@ -181,6 +181,7 @@ zt_ptz_internal_put_result Z F 0 = 38  zt_ptz_internal_update_capability Z 0 = 7
 zt_ptz_internal_update_capability Z F = 38  zt_logging_category_reg 0 = -  zt_logging_category_reg Z = -
 zt_logc_get_level 0 = -1  zt_logc_set_level_by_prefix 0 1 = -  zt_logc_get_categories 0 0 = -  zt_logc_set_level F 1 = -
 zt_base64_encode F -1 F F -1 = 8
+zt_strlwr 0 = 0  zt_strncpy 0 F 4 = 7  zt_print_hex 0 0 0 F -2147483648 = -  zt_ini_reader_create F F -1 = 8
 )";
 
 TEST(Refusals, AreThoseOfTheHeaders) {

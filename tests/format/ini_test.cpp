@@ -117,8 +117,6 @@ TEST(Ini, FilesOfEveryKind) {
     const std::pair<const char *, zt_status_t> files[] = {{"file", 0}, {"empty", 7}, {"missing", 16},
                                                           {".", 18},   {"pipe", 33}, {"big", 18}};
     for (const auto &[path, expected] : files) create(path, expected);
-    zt_ini_reader_t *reader = nullptr;
-    EXPECT_EQ(zt_ini_reader_create(&reader, folder, UINT32_MAX), 8);
     close(keeps_pipe_open);
     EXPECT_EQ(std::system((std::string("rm -r ") + folder).c_str()), 0);
 }
