@@ -20,7 +20,9 @@ static bool fails_now() {
     const int64_t left = g_countdown.fetch_sub(1);
     return g_from_then_on ? left <= 1 : left == 1;
 }
-static bool fails(int error) { return g_everything && error != 0 && fails_now() && (errno = error, true); }
+[[maybe_unused]] static bool fails(int error) {
+    return g_everything && error != 0 && fails_now() && (errno = error, true);
+}
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(__clang__)
 constexpr bool kMallocFails = false;  // a sanitizer has its own
@@ -39,8 +41,10 @@ void *zt_zalloc(uint32_t size) { return counted(block_fails() ? nullptr : std::c
 void zt_free(void *block) { std::free(counted(block, -1)); }
 
 // A signal stack that is not in use can always be given up; and sanitizers insist on theirs.
-static bool may_fail(const stack_t *stack) { return kMallocFails && (!stack || stack->ss_flags != SS_DISABLE); }
-static int given_back(intptr_t result) {
+[[maybe_unused]] static bool may_fail(const stack_t *stack) {
+    return kMallocFails && (!stack || stack->ss_flags != SS_DISABLE);
+}
+[[maybe_unused]] static int given_back(intptr_t result) {
     EXPECT_TRUE(!g_everything || static_cast<int>(result) == 0) << "was not held";
     return 1;
 }
@@ -55,6 +59,7 @@ static int given_back(intptr_t result) {
         return g_others += (more), got;                                                                        \
     }
 // clang-format off
+#ifndef __SANITIZE_THREAD__  // its run time calls some of these before it is ready for ours
 FALLIBLE(pthread_mutexattr_init, ENOMEM, ENOMEM, int(got) == 0) FALLIBLE(pthread_mutexattr_settype, ENOMEM, ENOMEM, 0)
 FALLIBLE(pthread_mutex_init, ENOMEM, ENOMEM, int(got) == 0) FALLIBLE(pthread_create, EAGAIN, EAGAIN, 0)
 FALLIBLE(pthread_setname_np, ERANGE, ERANGE, 0) FALLIBLE(pthread_getname_np, ERANGE, ERANGE, 0)
@@ -66,6 +71,7 @@ FALLIBLE(backtrace, ENOMEM, -1, 0) FALLIBLE(dladdr1, ENOENT, 0, 0) FALLIBLE(syst
 FALLIBLE(sem_wait, g_from_then_on ? 0 : EINTR, -1, 0)  // is tried again
 FALLIBLE(pthread_mutexattr_destroy, 0, 0, -given_back(got)) FALLIBLE(pthread_mutex_destroy, 0, 0, -given_back(got))
 FALLIBLE(munmap, 0, 0, -given_back(got)) FALLIBLE(close, 0, 0, given_back(got) - 1)
+    #endif
     // clang-format on
 
     namespace faults {
