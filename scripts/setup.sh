@@ -4,6 +4,7 @@
 #   scripts/setup.sh test    also what the tests need
 #   scripts/setup.sh bench   what builds the library and the benchmarks
 #   scripts/setup.sh         all of these, and what the gates of .ci/run need
+#   scripts/setup.sh coverage  what the tests' coverage is measured with
 #   scripts/setup.sh extras  ffmpeg, with which the demo makes a real clip; never needed
 set -euo pipefail
 
@@ -14,15 +15,17 @@ bench=(pkg-config binutils libbenchmark-dev zlib1g-dev libdeflate-dev libisal-de
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git g++-aarch64-linux-gnu
        libc6-dev-arm64-cross abigail-tools gdb dpkg-dev debhelper lintian mmdebstrap
        doxygen mandoc groff-base googletest qemu-user gcc spin)
+coverage=(gcovr)
 extras=(ffmpeg)
 
 case "${1:-all}" in
   build) wanted=("${build[@]}") ;;
   test) wanted=("${build[@]}" "${test[@]}") ;;
   bench) wanted=("${build[@]}" "${bench[@]}") ;;
+  coverage) wanted=("${build[@]}" "${test[@]}" "${coverage[@]}") ;;
   extras) wanted=("${extras[@]}") ;;
   all) wanted=("${build[@]}" "${test[@]}" "${bench[@]}" "${gates[@]}") ;;
-  *) echo "usage: scripts/setup.sh [build|test|bench|extras|all]" >&2; exit 2 ;;
+  *) echo "usage: scripts/setup.sh [build|test|bench|coverage|extras|all]" >&2; exit 2 ;;
 esac
 
 missing=()

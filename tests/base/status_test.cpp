@@ -38,13 +38,13 @@ TEST(Status, RegistersWholeBatchesOrNothing) {
         const auto &[rows, message] = kBatches[step / 2];
         const auto add = [&batch = rows] { zt_status_extend_register(batch.data(), batch.size()); };
         // Without memory the first time: were anything kept, the second time would clash.
-        if (step % 2 == 0) alloc_faults::fail_at(1, alloc_faults::Mode::kOnce);
+        if (step % 2 == 0) faults::fail_at(1, faults::Mode::kOnce);
         EXPECT_EQ(capture_flushed_stdout(add), message);
         if (step % 2 != 0 && *message == '\0') registered.insert(registered.end(), rows.begin(), rows.end());
 
-        alloc_faults::fail_at(1, alloc_faults::Mode::kOnce);
+        faults::fail_at(1, faults::Mode::kOnce);
         expect_known(registered);
-        EXPECT_FALSE(alloc_faults::disarm()) << "a look-up allocates";
-        EXPECT_EQ(alloc_faults::live(), registered.empty() ? 0 : 1);
+        EXPECT_FALSE(faults::disarm()) << "a look-up allocates";
+        EXPECT_EQ(faults::live(), registered.empty() ? 0 : 1);
     }
 }

@@ -66,8 +66,9 @@ ZT_MODEL(String, WorksOnTextsAsTheModelDoes, 1, 4'000) {
 }
 
 TEST(String, FormatsBeforeReplacingOrRunning) {
-    EXPECT_TRUE(zt_strlwr(nullptr) == nullptr && zt_strncpy(nullptr, "x", 4) == ZT_STATUS_INVALID_ARGUMENT);
     char buffer[512] = "a-b";
+    EXPECT_TRUE(zt_strncasecmp(buffer, "A-Bc", 3) == 0 && zt_strncasecmp(buffer, "A-Bc", 4) < 0);
+    EXPECT_TRUE(zt_strrchr("-a-", '-')[1] == '\0' && zt_strrchr(buffer, '\0') == buffer + 3);
     for (g_huge_length = UINT32_MAX - 2; g_huge_length <= uint64_t{1} << 32; ++g_huge_length)
         EXPECT_EQ(zt_str_replace(buffer, 512, "-", "huge"), ZT_STATUS_NO_SPACE);
     g_huge_length = 0;

@@ -37,7 +37,6 @@ static bool slow_decode(const std::string &text, std::string &bytes, uint64_t &s
 ZT_MODEL(Base64, GoesBothWaysAsTheModelDoes, 1, 50'000) {
     static const Guarded from, to;
     uint64_t needed = 0, written = 0;
-    EXPECT_TRUE(zt_base64_encode(nullptr, 0, &needed, "", UINT64_MAX) == 8 && needed == UINT64_MAX);
     while (random.more()) {
         const uint64_t kernel = random(3);  // the best, the second best, ... of those that run here
         zt::detail::g_base64_encode.force(kernel);

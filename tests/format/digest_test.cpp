@@ -61,7 +61,7 @@ TEST(Digests, EqualThoseOfPythonOnEveryKernel) {
 }
 
 // The codes of a block of zeros and one of counting bytes, by their CRC; the bit count of MD5 as it
-// carries into its high word, in a context that stands just below 2^32 bits.
+// carries into its high word, in a context that stands just below 2^32 bits and by a single update.
 TEST(Digests, BlockCodesAndTheCarryOfTheBitCount) {
     uint8_t block[64] = {}, codes[40];
     sha1_mac(block, codes);
@@ -74,4 +74,7 @@ TEST(Digests, BlockCodesAndTheCarryOfTheBitCount) {
     zt_md5_update(&ctx, block, 64);
     zt_md5_update(&ctx, block, 1);
     EXPECT_TRUE(ctx.count[0] == 8 && ctx.count[1] == 1);
+    void *zeros = mmap(nullptr, 1 << 29, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    zt_md5_update(&ctx, zeros, 1 << 29);  // 2^32 bits at once
+    EXPECT_TRUE(ctx.count[0] == 8 && ctx.count[1] == 2 && munmap(zeros, 1 << 29) == 0);
 }

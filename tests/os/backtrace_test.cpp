@@ -17,7 +17,11 @@ extern "C" void *malloc(size_t size) noexcept { return t_crashed ? _exit(99), nu
 static void fault() { *reinterpret_cast<volatile int *>(std::atomic<uintptr_t>(64).load()) = t_crashed = true; }
 // A zero that no compiler sees through, and a name: in an emulator it is another by default.
 static const volatile int g_zero = pthread_setname_np(pthread_self(), "a_name");
-static void be_killed() { fork() > 0 ? wait(nullptr) : (kill(getppid(), SIGBUS), _exit(0), 0); }
+static void be_killed() {
+    const pid_t child = fork();
+    if (child == 0) kill(getppid(), SIGBUS), _exit(0);
+    while (waitpid(child, nullptr, 0) != child) continue;
+}
 
 static int32_t overflow(zt_thread_t *, void *) {
     volatile char frame[4096] = {1};

@@ -111,17 +111,3 @@ TEST(Thread, ALateWatchdogLeavesNoEntry) {
     for (int i = 0; i < 2; ++i) EXPECT_TRUE(zt_thread_enable_watchdog(&thread, &g_mgr, 9) == 0 && is_empty(g_mgr));
     EXPECT_EQ(zt_thread_wait_and_destory(&thread, nullptr), 0);
 }
-
-// Without memory, or without room for a stack, there is no thread and no leak.
-TEST(Thread, FailuresLeaveNothingBehind) {
-    pthread_attr_t attributes;
-    pthread_getattr_default_np(&attributes);
-    for (auto [bits, want] : {std::pair(50, ZT_STATUS_TRY_AGAIN), {23, ZT_STATUS_OUT_OF_MEMORY}}) {
-        pthread_attr_setstacksize(&attributes, size_t{1} << bits);
-        pthread_setattr_default_np(&attributes);
-        auto thread = reinterpret_cast<zt_thread_t>(&attributes);
-        alloc_faults::fail_at(bits == 23, alloc_faults::Mode::kOnce);  // or none
-        EXPECT_EQ(zt_thread_create_and_run(&thread, 3, nullptr, nullptr, nullptr), want);
-        EXPECT_TRUE(thread == nullptr && alloc_faults::live() == 0);
-    }
-}

@@ -63,4 +63,5 @@ TEST(Watchdog, ReportsTheOverdueInOrderOrFeedsTheHardware) {
     EXPECT_EQ(check(), (Seen{0, kEnd}));
     g_now += 15, readings = 1;
     EXPECT_EQ(check(), Seen{kEnd}) << "all alive at the second look";
+    zt_watchdog_mgr_destroy(&g_mgr);
 }

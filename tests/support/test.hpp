@@ -25,7 +25,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/alloc_faults.hpp"
+#include "support/faults.hpp"
 #include "support/capture.hpp"
 #include "support/choices.hpp"
 #include "support/guarded.hpp"
