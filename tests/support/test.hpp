@@ -25,9 +25,9 @@
 #include <thread>
 #include <vector>
 
-#include "support/faults.hpp"
 #include "support/capture.hpp"
 #include "support/choices.hpp"
+#include "support/faults.hpp"
 #include "support/guarded.hpp"
 #include "support/threads.hpp"
 
