@@ -30,51 +30,66 @@ constexpr size_t word_index(uint32_t step) {
     return (kFactor[step / 16] * step + kOffset[step / 16]) % 16;
 }
 
+// Has the compiler add up what there is before it adds what comes last.
+[[gnu::always_inline]] inline void sum_up(uint32_t &sum) { __asm__("" : "+r"(sum)); }
+
 // One step of the four rounds. The newest value, b, arrives last: each sum is arranged so that few
 // operations wait for it.
 template <uint32_t kStep>
-inline void step(uint32_t &a, uint32_t b, uint32_t c, uint32_t d, const uint8_t *block) {
+[[gnu::always_inline]] inline void step(uint32_t &a, uint32_t b, uint32_t c, uint32_t d,
+                                        const uint8_t *block) {
     a += kSines[kStep] + load32<std::endian::little>(block + 4 * word_index(kStep));
-    if constexpr (kStep < 16)
+    if constexpr (kStep >= 16 && kStep < 32) a += c & ~d;
+    sum_up(a);
+    if constexpr (kStep < 16) {
         a += d ^ (b & (c ^ d));
-    else if constexpr (kStep < 32)
-        a = a + (c & ~d) + (b & d);
-    else if constexpr (kStep < 48)
+    } else if constexpr (kStep < 32) {
+        a += b & d;  // apart from c & ~d in every bit
+    } else if constexpr (kStep < 48) {
         a += b ^ (c ^ d);
-    else
+    } else {
         a += c ^ (b | ~d);
+    }
     a = b + std::rotl(a, kRotations[kStep / 16][kStep % 4]);
 }
 
 template <uint32_t kStep>
-inline void four_steps(uint32_t s[4], const uint8_t *block) {
-    step<kStep>(s[0], s[1], s[2], s[3], block);
-    step<kStep + 1>(s[3], s[0], s[1], s[2], block);
-    step<kStep + 2>(s[2], s[3], s[0], s[1], block);
-    step<kStep + 3>(s[1], s[2], s[3], s[0], block);
+[[gnu::always_inline]] inline void four_steps(uint32_t &a, uint32_t &b, uint32_t &c, uint32_t &d,
+                                              const uint8_t *block) {
+    step<kStep>(a, b, c, d, block);
+    step<kStep + 1>(d, a, b, c, block);
+    step<kStep + 2>(c, d, a, b, block);
+    step<kStep + 3>(b, c, d, a, block);
 }
 
 template <uint32_t kStep>
-inline void sixteen_steps(uint32_t s[4], const uint8_t *block) {
-    four_steps<kStep>(s, block);
-    four_steps<kStep + 4>(s, block);
-    four_steps<kStep + 8>(s, block);
-    four_steps<kStep + 12>(s, block);
+[[gnu::always_inline]] inline void sixteen_steps(uint32_t &a, uint32_t &b, uint32_t &c, uint32_t &d,
+                                                 const uint8_t *block) {
+    four_steps<kStep>(a, b, c, d, block);
+    four_steps<kStep + 4>(a, b, c, d, block);
+    four_steps<kStep + 8>(a, b, c, d, block);
+    four_steps<kStep + 12>(a, b, c, d, block);
 }
 
 }  // namespace
 
 void md5_blocks(uint32_t state[4], const uint8_t *data, size_t blocks) {
-    uint32_t s[4] = {state[0], state[1], state[2], state[3]};
+    uint32_t a = state[0], b = state[1], c = state[2], d = state[3];
     for (; blocks > 0; --blocks, data += 64) {
-        const uint32_t before[4] = {s[0], s[1], s[2], s[3]};
-        sixteen_steps<0>(s, data);
-        sixteen_steps<16>(s, data);
-        sixteen_steps<32>(s, data);
-        sixteen_steps<48>(s, data);
-        for (uint32_t i = 0; i < 4; ++i) s[i] += before[i];
+        const uint32_t a0 = a, b0 = b, c0 = c, d0 = d;
+        sixteen_steps<0>(a, b, c, d, data);
+        sixteen_steps<16>(a, b, c, d, data);
+        sixteen_steps<32>(a, b, c, d, data);
+        sixteen_steps<48>(a, b, c, d, data);
+        a += a0;
+        b += b0;
+        c += c0;
+        d += d0;
     }
-    for (uint32_t i = 0; i < 4; ++i) state[i] = s[i];
+    state[0] = a;
+    state[1] = b;
+    state[2] = c;
+    state[3] = d;
 }
 
 }  // namespace zt::detail
