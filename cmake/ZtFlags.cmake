@@ -29,8 +29,6 @@ target_compile_options(zt_code INTERFACE
   -fno-plt
   # Hot loops are few and short here; padding before every jump's target is a tenth of the code.
   "$<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-align-functions;-fno-align-jumps;-fno-align-labels;-fno-align-loops>"
-  # Words merged into a vector by the compiler are read back one by one, which the processor waits for.
-  $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-tree-slp-vectorize> $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-fno-slp-vectorize>
   # Exported operations stay replaceable by the application; GCC's -fPIC implies it, Clang's does not.
   $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-fsemantic-interposition>)
 
