@@ -12,9 +12,9 @@
 #include <fstream>
 
 #include "config.hpp"
+#include "device.hpp"
 #include "options.hpp"
 #include "report.hpp"
-#include "session.hpp"
 
 namespace camera {
 namespace {
@@ -52,12 +52,12 @@ Holdings settled_holdings(const Holdings &expected) {
     return now;
 }
 
-constinit std::atomic<Session *> g_session{nullptr};  // whom a signal ends
-constinit std::atomic<bool> g_signalled{false};       // also before there is a session
+constinit std::atomic<Device *> g_device{nullptr};  // whom a signal ends
+constinit std::atomic<bool> g_signalled{false};     // also before there is a device
 
 void on_signal(int) {
     g_signalled = true;
-    if (Session *session = g_session; session != nullptr) session->interrupt();
+    if (Device *device = g_device; device != nullptr) device->interrupt();
 }
 
 void catch_signals() {
@@ -68,22 +68,22 @@ void catch_signals() {
     sigaction(SIGTERM, &action, nullptr);
 }
 
-// True when everything that the session did is accounted for.
+// True when everything that the device did is accounted for.
 bool play(const Options &options) {
     const Config config = read_config(options.config);
-    Session session(options, config, read_script(options.ptz));
+    Device device(options, config, read_script(options.ptz));
     if (!options.report.empty() && !std::ofstream(options.report)) {  // now rather than at the end
         throw BadInput(options.report + ": cannot be written");
     }
-    bool good = show_info_frames(session.info_frames);
-    g_session = &session;
-    if (g_signalled) session.interrupt();
-    session.play();
-    g_session = nullptr;
-    std::printf("ended by %s after %.1f s\n", session.ended_by,
-                static_cast<double>(session.run_us) / 1e6);
-    good = session.accounted_for() && good;
-    if (!options.report.empty()) write_report(session, options.report);
+    bool good = show_info_frames(device.info_frames);
+    g_device = &device;
+    if (g_signalled) device.interrupt();
+    device.play();
+    g_device = nullptr;
+    std::printf("ended by %s after %.1f s\n", device.ended_by,
+                static_cast<double>(device.run_us) / 1e6);
+    good = device.accounted_for() && good;
+    if (!options.report.empty()) write_report(device, options.report);
     return good;
 }
 

@@ -38,18 +38,18 @@ void add_column(zt_json_fmt_t *json, const char *name, const Records &records, V
     zt_json_fmt_close_array(json);
 }
 
-void add_program(zt_json_fmt_t *json, const Session &session) {
+void add_program(zt_json_fmt_t *json, const Device &device) {
     zt_json_fmt_open_object(json, "program");
     zt_json_fmt_add_string(json, "name", "camera");
     zt_json_fmt_add_string(json, "library", zt_base_version);
-    zt_json_fmt_add_string(json, "ended_by", session.ended_by);
-    zt_json_fmt_add_uint64(json, "run_ms", session.run_us / 1000);
+    zt_json_fmt_add_string(json, "ended_by", device.ended_by);
+    zt_json_fmt_add_uint64(json, "run_ms", device.run_us / 1000);
     zt_json_fmt_close_object(json);
 }
 
-void add_configuration(zt_json_fmt_t *json, const Session &session) {
-    const Config &config = session.config;
-    const std::string &clip = session.options.frames;
+void add_configuration(zt_json_fmt_t *json, const Device &device) {
+    const Config &config = device.config;
+    const std::string &clip = device.options.frames;
     zt_json_fmt_open_object(json, "configuration");
     zt_json_fmt_add_string(json, "source", clip.empty() ? "pattern" : escaped(clip).c_str());
     zt_json_fmt_add_string(json, "fourcc", config.picture.name().c_str());
@@ -59,15 +59,15 @@ void add_configuration(zt_json_fmt_t *json, const Session &session) {
     zt_json_fmt_add_uint64(json, "frame_size", config.picture.size);
     zt_json_fmt_add_uint32(json, "queue_depth", config.queue_depth);
     zt_json_fmt_add_int32(json, "watchdog_ms", config.watchdog_ms);
-    zt_json_fmt_add_uint32(json, "encoder_delay_ms", session.options.slow_encoder_ms);
+    zt_json_fmt_add_uint32(json, "encoder_delay_ms", device.options.slow_encoder_ms);
     zt_json_fmt_close_object(json);
 }
 
-void add_frames(zt_json_fmt_t *json, const Session &session) {
-    const Encoder &encoder = session.encoder;
+void add_frames(zt_json_fmt_t *json, const Device &device) {
+    const Encoder &encoder = device.encoder;
     zt_json_fmt_open_object(json, "frames");
-    zt_json_fmt_add_uint64(json, "produced", session.capture.produced());
-    zt_json_fmt_add_uint64(json, "dropped", session.capture.dropped());
+    zt_json_fmt_add_uint64(json, "produced", device.capture.produced());
+    zt_json_fmt_add_uint64(json, "dropped", device.capture.dropped());
     zt_json_fmt_add_uint64(json, "encoded", encoder.encoded().size());
     zt_json_fmt_add_uint64(json, "bytes_encoded", encoder.bytes());
     zt_json_fmt_close_object(json);
@@ -80,8 +80,8 @@ void add_frames(zt_json_fmt_t *json, const Session &session) {
     zt_json_fmt_close_object(json);
 }
 
-void add_timing(zt_json_fmt_t *json, const Session &session) {
-    const Encoder &encoder = session.encoder;
+void add_timing(zt_json_fmt_t *json, const Device &device) {
+    const Encoder &encoder = device.encoder;
     int64_t interval = 0, jitter = 0;
     for (const EncodedFrame &frame : encoder.encoded()) {
         interval = std::max(interval, static_cast<int64_t>(frame.interval_us));
@@ -96,8 +96,8 @@ void add_timing(zt_json_fmt_t *json, const Session &session) {
     zt_json_fmt_close_object(json);
 }
 
-void add_series(zt_json_fmt_t *json, const Session &session) {
-    const auto &frames = session.encoder.encoded();
+void add_series(zt_json_fmt_t *json, const Device &device) {
+    const auto &frames = device.encoder.encoded();
     using Frame = EncodedFrame;
     zt_json_fmt_open_object(json, "series");
     add_column(json, "frame", frames, [](const Frame &f) { return f.sequence; });
@@ -127,14 +127,14 @@ struct PtzCounts {
     }
 };
 
-void add_ptz(zt_json_fmt_t *json, const Session &session) {
+void add_ptz(zt_json_fmt_t *json, const Device &device) {
     PtzCounts all;
-    for (const PtzClient &client : session.clients) all.add(client);
+    for (const PtzClient &client : device.clients) all.add(client);
     zt_json_fmt_open_object(json, "ptz");
     all.write(json);
     zt_json_fmt_add_uint32(json, "unanswered", all.sent - all.refused - all.results);
     zt_json_fmt_open_array(json, "clients");
-    for (const PtzClient &client : session.clients) {
+    for (const PtzClient &client : device.clients) {
         PtzCounts own;
         own.add(client);
         zt_json_fmt_open_object(json, nullptr);
@@ -144,7 +144,7 @@ void add_ptz(zt_json_fmt_t *json, const Session &session) {
     }
     zt_json_fmt_close_array(json);
 
-    const auto &track = session.driver.track();
+    const auto &track = device.driver.track();
     using Point = PtzDriver::TrackPoint;
     zt_json_fmt_open_object(json, "track");
     add_column(json, "time_us", track, [](const Point &p) { return p.time_us; });
@@ -155,8 +155,8 @@ void add_ptz(zt_json_fmt_t *json, const Session &session) {
     zt_json_fmt_close_object(json);
 }
 
-void add_services(zt_json_fmt_t *json, const Session &session) {
-    const Notices &notices = session.notices;
+void add_services(zt_json_fmt_t *json, const Device &device) {
+    const Notices &notices = device.notices;
     zt_json_fmt_open_object(json, "notifications");
     zt_json_fmt_add_uint64(json, "frame", notices.published(Notice::kFrame));
     zt_json_fmt_add_uint64(json, "drop", notices.published(Notice::kDrop));
@@ -166,12 +166,12 @@ void add_services(zt_json_fmt_t *json, const Session &session) {
     zt_json_fmt_close_object(json);
 
     zt_json_fmt_open_object(json, "watchdog");
-    zt_json_fmt_add_uint64(json, "feeds", session.supervisor.feeds());
-    zt_json_fmt_add_string(json, "expired", session.supervisor.expired().c_str());
+    zt_json_fmt_add_uint64(json, "feeds", device.supervisor.feeds());
+    zt_json_fmt_add_string(json, "expired", device.supervisor.expired().c_str());
     zt_json_fmt_close_object(json);
 
     zt_json_fmt_open_object(json, "info_frames");
-    for (const InfoFrame &frame : session.info_frames) {
+    for (const InfoFrame &frame : device.info_frames) {
         zt_json_fmt_add_string(json, frame.name.c_str(), frame.hex().c_str());
     }
     zt_json_fmt_close_object(json);
@@ -188,19 +188,19 @@ void add_thumbnail(zt_json_fmt_t *json, const Thumbnail &thumbnail) {
 
 }  // namespace
 
-void write_report(const Session &session, const std::string &path) {
+void write_report(const Device &device, const std::string &path) {
     zt_json_fmt_file_t file;
     require(zt_json_fmt_open_file(&file, path.c_str()), path);
     zt_json_fmt_t *json = &file.fmt;
     zt_json_fmt_open_object(json, nullptr);
-    add_program(json, session);
-    add_configuration(json, session);
-    add_frames(json, session);
-    add_timing(json, session);
-    add_series(json, session);
-    add_ptz(json, session);
-    add_services(json, session);
-    add_thumbnail(json, session.encoder.thumbnail());
+    add_program(json, device);
+    add_configuration(json, device);
+    add_frames(json, device);
+    add_timing(json, device);
+    add_series(json, device);
+    add_ptz(json, device);
+    add_services(json, device);
+    add_thumbnail(json, device.encoder.thumbnail());
     zt_json_fmt_close_object(json);
     // The writer does not see errors of the disk; the stream remembers them.
     const bool failed = std::fflush(file.fp) != 0 || std::ferror(file.fp) != 0;

@@ -6,13 +6,13 @@
 
 #include <string>
 
-#include "session.hpp"
+#include "device.hpp"
 
 namespace camera {
 
 // All numbers are integers: times in microseconds since the start of the run, unless the name says
 // milliseconds; the track's pan, tilt and zoom in hundredths. Throws when the file cannot be written.
-void write_report(const Session &session, const std::string &path);
+void write_report(const Device &device, const std::string &path);
 
 }  // namespace camera
 

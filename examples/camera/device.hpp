@@ -1,8 +1,8 @@
-// session.hpp - one run of the camera: its parts, its threads, and the order in which they end.
+// device.hpp - one run of the camera: its parts, its threads, and the order in which they end.
 //
 // SPDX-License-Identifier: MIT
-#ifndef CAMERA_SESSION_HPP
-#define CAMERA_SESSION_HPP
+#ifndef CAMERA_DEVICE_HPP
+#define CAMERA_DEVICE_HPP
 
 #include <deque>
 
@@ -19,13 +19,13 @@
 
 namespace camera {
 
-class Session {
+class Device {
   public:
     // What cannot be read or makes no sense is found here, before any thread runs.
-    Session(const Options &options, const Config &config, const std::vector<ScriptStep> &script);
-    ~Session();
-    Session(const Session &) = delete;
-    Session &operator=(const Session &) = delete;
+    Device(const Options &options, const Config &config, const std::vector<ScriptStep> &script);
+    ~Device();
+    Device(const Device &) = delete;
+    Device &operator=(const Device &) = delete;
 
     void play();                 // until the time is up, a signal comes or a thread is overdue
     bool accounted_for() const;  // prints the sums; true when they come out
@@ -63,4 +63,4 @@ class Session {
 
 }  // namespace camera
 
-#endif  // CAMERA_SESSION_HPP
+#endif  // CAMERA_DEVICE_HPP

@@ -1,7 +1,7 @@
-// session.cpp - the main thread: timers, watchdog checks, and an orderly end.
+// device.cpp - the main thread: timers, watchdog checks, and an orderly end.
 //
 // SPDX-License-Identifier: MIT
-#include "session.hpp"
+#include "device.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -24,8 +24,8 @@ unsigned long long number(uint64_t value) { return value; }
 
 }  // namespace
 
-Session::Session(const Options &options_given, const Config &config_read,
-                 const std::vector<ScriptStep> &script)
+Device::Device(const Options &options_given, const Config &config_read,
+               const std::vector<ScriptStep> &script)
     : options(options_given),
       config(config_read),
       info_frames(make_info_frames(config)),
@@ -40,19 +40,19 @@ Session::Session(const Options &options_given, const Config &config_read,
 }
 
 // Threads still run only when a later one could not be started: they end, and their destructors join.
-Session::~Session() {
+Device::~Device() {
     run.stop();
     encoder.drain();
     driver.finish();
     zt_event_deinit(&wake_);
 }
 
-void Session::interrupt() {
+void Device::interrupt() {
     interrupted_ = true;
     zt_event_set(&wake_);
 }
 
-void Session::play() {
+void Device::play() {
     const Picture &picture = config.picture;
     ZT_LOG_INFO(app, "%s, %ux%u, %s, %u frames of %llu bytes a second, queue of %u",
                 options.frames.empty() ? "test pattern" : options.frames.c_str(), picture.width,
@@ -66,7 +66,7 @@ void Session::play() {
     wind_down();
 }
 
-void Session::set_timers() {
+void Device::set_timers() {
     const uint32_t run_ms = options.seconds * 1000;
     timers_.every(kCheckMs, [this] { supervisor.check(); });
     timers_.every(kPollMs, [this] {
@@ -77,7 +77,7 @@ void Session::set_timers() {
     timers_.once(run_ms, [this] { time_is_up_ = true; });
 }
 
-void Session::show_statistics() {
+void Device::show_statistics() {
     ZT_LOG_INFO(app, "%.1f s: produced %llu, dropped %llu, waiting %u, %s; monitor saw: %s",
                 static_cast<double>(run.now_us()) / 1e6, number(capture.produced()),
                 number(capture.dropped()), capture.frames().waiting(), encoder.statistics().c_str(),
@@ -85,7 +85,7 @@ void Session::show_statistics() {
     polled_.clear();
 }
 
-void Session::start() {
+void Device::start() {
     workers_.emplace_back(run, supervisor, kCapture, [this](Worker &self) { capture.work(self); });
     workers_.emplace_back(run, supervisor, kEncoder, [this](Worker &self) { encoder.work(self); });
     workers_.emplace_back(run, supervisor, kPtzDriver, [this](Worker &self) { driver.work(self); });
@@ -97,7 +97,7 @@ void Session::start() {
 
 // Sources first, then what they feed: nothing that is under way is lost. A stalled thread goes on
 // when the run is stopped, so every join comes to an end.
-void Session::wind_down() {
+void Device::wind_down() {
     run.stop();
     if (workers_[0].join()) ++joined_;
     for (size_t i = kServers; i < workers_.size(); ++i) {
@@ -112,7 +112,7 @@ void Session::wind_down() {
     run_us = run.now_us();
 }
 
-bool Session::accounted_for() const {
+bool Device::accounted_for() const {
     const uint64_t encoded = encoder.encoded().size();
     const bool frames = capture.produced() == capture.dropped() + encoded;
     std::printf("frames: %llu produced, %llu dropped, %llu encoded: %s\n",
