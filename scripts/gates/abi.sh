@@ -28,6 +28,7 @@ constants() {
 # any non-zero exit of abidiff is a change: it is a bit field in which a grown record has no bit of its own
 check_library() {
   local machine=$1 library=$2 baseline=abi/$1.abi
+  readelf -SW "$library" | grep -q debug_info || { echo "abi: $machine: built without debug information"; bad=1; return; }
   describe "$library" >"$work/$machine.abi"
   if [ "$mode" = --renew ]; then cp "$work/$machine.abi" "$baseline"; return; fi
   [ -f "$baseline" ] || { echo "abi: $baseline is missing"; bad=1; return; }
