@@ -47,7 +47,7 @@ check_flags() {
     grep -vq -e " $flag\b" <<<"$producers" && fail "a file was compiled without $flag"
   done
   grep -q -e '-fno-semantic-interposition' <<<"$producers" && fail "compiled with -fno-semantic-interposition"
-  grep '"command"' "$(dirname "$library")/compile_commands.json" | grep '/src/' | grep -vq -e '-D_FORTIFY_SOURCE=3' &&
+  grep '"command"' "$(dirname "$library")/compile_commands.json" | grep " $PWD/src/" | grep -vq -e '-D_FORTIFY_SOURCE=3' &&
     fail "a file was compiled without -D_FORTIFY_SOURCE=3"
   return 0
 }
