@@ -91,7 +91,7 @@ char *prepend(char *end, const char *text, size_t length) {
 }
 
 // Most of what goes to files is integers. Composed here, from the last digit to the separator, they
-// take a third of the time that printf takes for the same text. False when the name is too long.
+// take about half of the time that printf takes for the same text. False when the name is too long.
 bool integer_to_file(zt_json_fmt_t *fmt, const char *name, bool negative, uint64_t magnitude) {
     const size_t name_length = name != nullptr ? strnlen(name, kShortName + 1) : 0;
     if (name_length > kShortName) return false;

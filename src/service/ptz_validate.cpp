@@ -145,7 +145,10 @@ void zt_ptz_default_capability(zt_ptz_capability_t *capability) {
 
 zt_status_t zt_ptz_validate_command(uint32_t code, const zt_ptz_params_t *params,
                                     const zt_ptz_capability_t *capability) {
-    if (params == nullptr) return ZT_STATUS_SUCCESS;
+    if (params == nullptr) {
+        const bool needed = (code & ZT_PTZ_COMMAND_NEEDS_PARAMS) != 0;
+        return needed ? ZT_STATUS_INVALID_ARGUMENT : ZT_STATUS_SUCCESS;
+    }
     return all_pass(code, params, capability) ? ZT_STATUS_SUCCESS : ZT_STATUS_INVALID_ARGUMENT;
 }
 
