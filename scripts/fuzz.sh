@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the fuzz targets, runs each for so long, two at a time, and prints what they did. Fails when
+# Builds the fuzz targets, runs each for so long, $JOBS (2) at a time, and prints what they did. Fails when
 # one has a finding; its input is then in build/fuzz/findings/.
 #   scripts/fuzz.sh [--minimize] SECONDS [TARGET...]
 # --minimize: of the inputs at hand, adds to fuzz/corpus/TARGET/ those that reach more code than the ones
@@ -27,7 +27,7 @@ fuzz_one() {
     >build/fuzz/logs/"$target" 2>&1 || true
 }
 export -f fuzz_one
-[ "$seconds" = 0 ] || printf '%s\n' "${targets[@]}" | xargs -P 2 -I{} bash -c "fuzz_one {} $seconds"
+[ "$seconds" = 0 ] || printf '%s\n' "${targets[@]}" | xargs -P "${JOBS:-2}" -I{} bash -c "fuzz_one {} $seconds"
 
 # How many edges the inputs of a folder reach.
 edges() { build/fuzz/fuzz/"$1" -runs=0 -max_len=512 "$2" 2>&1 | grep -a INITED | sed 's/.* cov: \([0-9]*\).*/\1/'; }
