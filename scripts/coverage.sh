@@ -25,6 +25,8 @@ import sys
 folders, missed = collections.defaultdict(lambda: [0] * 4), []
 for file in json.load(open(sys.argv[1]))["files"]:
     for line in file["lines"]:
+        if line["gcovr/noncode"]:
+            continue
         taken = [branch["count"] > 0 for branch in line["branches"]]
         for name in (file["file"].split("/")[1], "all"):
             sums = folders[name]
