@@ -15,7 +15,7 @@ bench=(pkg-config binutils libbenchmark-dev zlib1g-dev libdeflate-dev libisal-de
 gates=(clang clang-format clang-tidy libclang-rt-14-dev pkg-config binutils git g++-aarch64-linux-gnu
        libc6-dev-arm64-cross abigail-tools gdb dpkg-dev debhelper lintian mmdebstrap
        doxygen mandoc groff-base googletest qemu-user gcc spin)
-coverage=(gcovr)
+coverage=(gcovr qemu-user)
 extras=(ffmpeg)
 
 case "${1:-all}" in

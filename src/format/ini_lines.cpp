@@ -17,11 +17,6 @@ bool trim_end(char *line) {
 
 bool is_comment(const char *line) { return *line == '#' || *line == '/' || *line == ';'; }
 
-// Opening and closing bracket of one line; "[" alone is an entry.
-bool is_header(std::string_view line) {
-    return line.size() >= 2 && line.front() == '[' && line.back() == ']';
-}
-
 // What an entry holds for this key, or null.
 const char *value_of(const char *line, const char *key, uint32_t key_length) {
     // Equal over its whole length, the key ends before the line's NUL at the latest.
@@ -59,7 +54,7 @@ std::string_view ini_find(const zt_ini_reader_t *reader, const char *section, co
         if (is_comment(line)) continue;
         if (*line == '[') {
             const std::string_view whole(line, zt_strlen(line));
-            if (is_header(whole)) {
+            if (whole.back() == ']') {  // others are entries
                 if (inside) break;
                 inside = std::string_view(line + 1, whole.size() - 2) == wanted;
                 continue;

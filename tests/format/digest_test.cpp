@@ -54,6 +54,9 @@ static void expect_digests_of_python() {
 
 TEST(Digests, EqualThoseOfPythonOnEveryKernel) {
     using namespace zt::detail;
+    const std::tuple chosen(g_crc16.get(), g_crc32.get(), g_sha256.get());
+    g_crc16.force(0), g_crc32.force(0), g_sha256.force(0);
+    EXPECT_EQ(chosen, std::tuple(g_crc16.get(), g_crc32.get(), g_sha256.get())) << "the best";
     for (size_t i = 0; g_crc16.force(i) + g_crc32.force(i) + g_sha256.force(i) > 0; ++i) {
         SCOPED_TRACE(i);
         expect_digests_of_python();

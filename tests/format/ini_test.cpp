@@ -58,7 +58,9 @@ ZT_MODEL(Ini, FindsWhatTheRulesSay, 1, 60'000) {
                 return zt_ini_reader_get_string_default(ini.reader, section, key, d, &value[0], n);
             };
             EXPECT_TRUE(get(size - 1) == (found ? 29 : 16) && get_default("d", -1) == (found ? 29 : 16));
+            if (!found) EXPECT_EQ(get_default("four", 4), 16);
             EXPECT_EQ(value[0], 'x');
+            EXPECT_EQ(zt_ini_reader_get_string(ini.reader, section, key, nullptr, size), found ? 0 : 16);
             EXPECT_EQ(get(size), found ? 0 : 16);
             EXPECT_TRUE((!found || value.c_str() == expected) && value[size] == 'x');
             EXPECT_EQ(get_default("d", found ? size : 2), 0);
@@ -92,7 +94,8 @@ TEST(Ini, NumbersAndDefaults) {
         add(zt_ini_reader_get_boolean_default, true, 0);
         EXPECT_EQ(found.str(), expected) << value;
         EXPECT_EQ(zt_ini_reader_get_int(ini.reader, nullptr, "k", nullptr), value == longer ? 29 : 0);
-        EXPECT_EQ(zt_ini_reader_get_string_default(ini.reader, nullptr, "x", nullptr, nullptr, 9), 16);
+        for (const char *fallback : {"", static_cast<const char *>(nullptr)})
+            EXPECT_EQ(zt_ini_reader_get_string_default(ini.reader, nullptr, "x", fallback, nullptr, 9), 16);
     }
 }
 

@@ -83,6 +83,12 @@ TEST(Backtrace, EveryDeathEndsWithItsDumpAndItsSignal) {
     expect(SIGSEGV, 1, [] { reinterpret_cast<void (*)()>(intptr_t{g_zero})(); });
     expect(SIGFPE, 1, [] { raise(SIGFPE + div(1, g_zero).quot); });  // sent where it is no fault
     expect(SIGSEGV, 0, [] { close(1), fault(); });
+    expect(SIGSEGV, 0, [] {  // nobody reads, and not a byte more is taken
+        int ends[2];
+        if (pipe2(ends, O_NONBLOCK) + dup2(ends[1], 1) != 1) return;
+        while (write(1, "x", 1) == 1) continue;
+        fault();
+    });
     expect(SIGBUS, 1, be_killed);
     expect(0, 2, [] { zt_backtrace_enable_noexit(), be_killed(), be_killed(); });
     expect(SIGUSR1, 0, [] { raise(SIGUSR1); });

@@ -63,5 +63,8 @@ TEST(Watchdog, ReportsTheOverdueInOrderOrFeedsTheHardware) {
     EXPECT_EQ(check(), (Seen{0, kEnd}));
     g_now += 15, readings = 1;
     EXPECT_EQ(check(), Seen{kEnd}) << "all alive at the second look";
+    zt_list_head_t *const half[] = {nullptr, &all[2].link};  // no neighbour on one side: not registered
+    for (auto *prev : half) all[2].link = {&all[3].link, prev}, leave(2);
+    EXPECT_TRUE(all[2].link.next == &all[3].link && all[2].link.prev == half[1]) << "left alone";
     zt_watchdog_mgr_destroy(&g_mgr);
 }

@@ -4,6 +4,8 @@
 // SPDX-License-Identifier: MIT
 #include <immintrin.h>
 
+#include <algorithm>
+
 #include "format/base64_kernels.hpp"
 
 #define ZT_VBMI_TARGET gnu::target("avx512f,avx512dq,avx512bw,avx512vl,avx512vbmi,bmi,bmi2,popcnt")
@@ -37,7 +39,7 @@ ZT_VBMI __m512i load64(const void *bytes) { return _mm512_loadu_si512(bytes); }
 
 // The lowest bits, up to 64 of them.
 ZT_VBMI __mmask64 lowest(size_t count) {
-    return _bzhi_u64(~uint64_t{0}, count < 64 ? static_cast<uint32_t>(count) : 64);
+    return _bzhi_u64(~uint64_t{0}, std::min(count, size_t{64}));
 }
 
 // What the table of all characters gives; it looks at the lower seven bits of each only.
