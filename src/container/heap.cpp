@@ -59,7 +59,8 @@ void zt_heap_remove(zt_heap_t *heap, zt_heap_node_t *node, zt_heap_less_t less) 
     node->in_heap = 0;
     if (last == node) return;
 
-    if (!replace_and_sift_down(heap, node, last, less)) sift_up(heap, last, less);
+    const auto goes_above = [less](auto *other, auto *moved) { return less(other, moved) != 0; };
+    if (!replace_and_sift_down(heap, node, last, less, goes_above)) sift_up(heap, last, less);
 }
 
 void zt_heap_dequeue(zt_heap_t *heap, zt_heap_less_t less) {

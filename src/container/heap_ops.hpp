@@ -76,15 +76,16 @@ zt_heap_node_t *bottom_of(zt_heap_node_t *top, Less less) {
     return next.left != nullptr ? next.left : bottom;
 }
 
-// Puts node, which may be `old` itself, where `old` was or further down: whoever must stand above it
-// moves up. A node from the end of the heap belongs far down, so its place is sought from the bottom:
-// that takes about half the comparisons of a search from the top and gives the same shape. True when
-// anyone has moved up.
-template <typename Less>
-bool replace_and_sift_down(zt_heap_t *heap, zt_heap_node_t *old, zt_heap_node_t *node, Less less) {
+// Puts node, which may be `old` itself, where `old` was or further down: whoever goes above it moves up.
+// A node from the end of the heap belongs far down, so its place is sought from the bottom: that takes
+// about half the comparisons of a search from the top and gives the same shape. True when anyone has
+// moved up.
+template <typename Less, typename GoesAbove>
+bool replace_and_sift_down(zt_heap_t *heap, zt_heap_node_t *old, zt_heap_node_t *node, Less less,
+                           GoesAbove goes_above) {
     zt_heap_node_t *const above = old->parent;
     zt_heap_node_t *place = bottom_of(old, less);
-    while (place != old && less(place, node) == 0) place = place->parent;
+    while (place != old && !goes_above(place, node)) place = place->parent;
 
     const bool moved = place != old;
     const Children top = children_of(old);  // which linking node changes, if it is `old`
@@ -105,13 +106,15 @@ bool replace_and_sift_down(zt_heap_t *heap, zt_heap_node_t *old, zt_heap_node_t 
 }
 
 // Takes a node of the heap, whose record's key has changed, to where it belongs now: what a removal
-// and an insertion do, in about half the time. Equal keys may end in another order than theirs.
+// and an insertion do, in about half the time. As after these it stands above others only where it
+// must, so it is on top only when its key is the first; other equal keys may end in another order.
 template <typename Less>
 void heap_move(zt_heap_t *heap, zt_heap_node_t *node, Less less) {
     if (node->parent != nullptr && less(node, node->parent) != 0) {
         sift_up(heap, node, less);
     } else {
-        replace_and_sift_down(heap, node, node, less);
+        const auto goes_above = [&](auto *other, auto *moved) { return less(moved, other) == 0; };
+        replace_and_sift_down(heap, node, node, less, goes_above);
     }
 }
 
