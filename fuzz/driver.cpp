@@ -16,7 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t count) {
 }
 #else
 TEST(Corpus, HoldsNoFindings) {
-    for (const auto &entry : std::filesystem::directory_iterator(ZT_CORPUS)) {
+    const std::string program = program_invocation_short_name,
+                      module = program.substr(0, program.rfind("_test"));
+    for (const auto &entry : std::filesystem::directory_iterator(ZT_CORPUS "/" + module)) {
         std::ifstream file(entry.path());
         const std::string input(std::istreambuf_iterator<char>(file), {});
         run_input({reinterpret_cast<const uint8_t *>(input.data()), input.size()});
