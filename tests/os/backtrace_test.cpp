@@ -85,7 +85,7 @@ TEST(Backtrace, EveryDeathEndsWithItsDumpAndItsSignal) {
     expect(SIGSEGV, 0, [] { close(1), fault(); });
     expect(SIGSEGV, 0, [] {  // nobody reads, and not a byte more is taken
         int ends[2];
-        if (pipe2(ends, O_NONBLOCK) + dup2(ends[1], 1) != 1) return;
+        if (pipe2(ends, O_NONBLOCK) != 0 || dup2(ends[1], 1) != 1) return;
         while (write(1, "x", 1) == 1) continue;
         fault();
     });
