@@ -144,8 +144,12 @@ TEST(Ptz, LimitsOrderDefaultsAndStates) {
     EXPECT_FALSE(faults::disarm()) << "allocated after the creation";
     zt_ptz_destroy(&channel.ptz);
     EXPECT_TRUE(channel.released == 1 && channel.ready == 6 && channel.send(0x201) == 38);
-    channel.ptz.release = nullptr;
+    const auto release = std::exchange(channel.ptz.release, nullptr);
     EXPECT_EQ(channel.create({2}), 7);
+    channel.ptz.release = release, channel.ptz.init_capability = nullptr;
+    EXPECT_EQ(channel.create({2}), 7);
+    Channel last(1);
+    last.ptz.release = nullptr;  // it is destroyed all the same
     EXPECT_TRUE(Channel(UINT32_MAX).status == 8 && Channel(4, 55).status == 55);
 }
 
