@@ -43,10 +43,10 @@ typedef int32_t (*zt_rbtree_compare_t)(zt_rbtree_node_t *inserted, zt_rbtree_nod
 
 /* The tree: both fields are set by the caller before the first insert. */
 typedef struct zt_rbtree_t {
-    zt_rbtree_node_t
-        *root; /* null: the tree is empty, as it must be at first; then the library's */
-    zt_rbtree_compare_t
-        compare; /* the order of the records; not changed while nodes are in the tree */
+    /* Null: the tree is empty, as it must be at first; then the library's. */
+    zt_rbtree_node_t *root;
+    /* The order of the records; not changed while nodes are in the tree. */
+    zt_rbtree_compare_t compare;
 } zt_rbtree_t;
 
 /* Links the node into its place. Returns null when it was linked, or the node in the tree that
